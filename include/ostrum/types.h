@@ -17,7 +17,7 @@
 
 #ifdef __cplusplus
 #define OSTRUM_BEGIN extern "C" {
-#define OSTRUM_END }
+#define OSTRUM_END   }
 #else
 #define OSTRUM_BEGIN
 #define OSTRUM_END
