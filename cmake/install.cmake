@@ -1,0 +1,18 @@
+# What an installed Ostrum consists of: headers, library, tools, pkg-config file, CMake package.
+include(CMakePackageConfigHelpers)
+
+install(TARGETS ostrum EXPORT ostrum-targets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(TARGETS ${OSTRUM_TOOLS} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(FILES include/ostrum.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(DIRECTORY include/ostrum DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
+
+configure_file(cmake/ostrum.pc.in ostrum.pc @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/ostrum.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+set(config_dir ${CMAKE_INSTALL_LIBDIR}/cmake/ostrum)
+install(EXPORT ostrum-targets NAMESPACE ostrum:: DESTINATION ${config_dir})
+configure_package_config_file(cmake/ostrum-config.cmake.in ostrum-config.cmake
+  INSTALL_DESTINATION ${config_dir})
+write_basic_package_version_file(ostrum-config-version.cmake COMPATIBILITY SameMinorVersion)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/ostrum-config.cmake
+  ${CMAKE_CURRENT_BINARY_DIR}/ostrum-config-version.cmake DESTINATION ${config_dir})
