@@ -1,0 +1,56 @@
+// Records behind the names: the generic part of every identifier, scopes, domains and pragmas.
+#pragma once
+
+#include <ostrum/tli.h>
+
+// Names of pragmas, scopes and domains: 31 characters and the terminator.
+static constexpr int32_t TLI_NAME_CAPACITY = 32;
+
+struct TLI_PRAGMA {
+    char name[TLI_NAME_CAPACITY]; // upper case
+    char *value;                  // owned
+    TLI_PRAGMA *next;             // the one before it in time
+};
+
+// The generic part, first in the record of every class. The name is the copy that the scope's table
+// keeps; only an identifier outside all scopes owns its name.
+struct TLI_IDENTIFIER {
+    const TLI_CLASS *class_record; // never null
+    TLI_IDENTIFIER *type;          // may be null
+    const char *name;              // never null
+    TLI_SCOPE *scope;
+    TLT_STATEMENT *statement; // declaring statement; null for predeclared names
+    TLI_PRAGMA *pragmas;      // newest first, owned
+    TLC_PSECT *psect;         // section that the identifier was planted in
+};
+
+// A name that gave way to a later declaration: out of the table, but others may still point at it.
+struct TLI_REPLACED {
+    TLI_IDENTIFIER *identifier; // owned, with its name
+    TLI_REPLACED *next;
+};
+
+struct TLI_SCOPE {
+    char name[TLI_NAME_CAPACITY];
+    int32_t type;               // TLI_FRAME_SCOPE or TLI_STATIC_SCOPE
+    int32_t size;               // next free offset, bytes
+    TLI_SCOPE *next;            // below it on the stack of its domain
+    TLI_DOMAIN *domain;         // whose names these are; owns nothing of the scope
+    int32_t depth;              // pushes not yet popped
+    HS_DOMAIN *names;           // name to TLI_IDENTIFIER
+    TLI_IDENTIFIER *identifier; // function that owns the scope, or null
+    TLI_REPLACED *replaced;
+};
+
+struct TLI_DOMAIN {
+    char name[TLI_NAME_CAPACITY]; // empty for the language and for data types
+    TLI_SCOPE *scope;             // top of the stack
+    HS_DOMAIN *used_domains;      // name to TLI_DOMAIN
+    HS_DOMAIN *used_scopes;       // name to TLI_SCOPE
+    TLI_DOMAIN *next_printed;     // list of the domains that the print under way has been through
+    int32_t is_printed;
+};
+
+// Allocates an identifier that stands in no scope, with a name of its own.
+TLI_IDENTIFIER *TLI_NewHiddenIdentifier(const char *tag, const char *name,
+                                        const TLI_CLASS *class_record);
