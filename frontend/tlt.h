@@ -1,0 +1,82 @@
+#pragma once
+
+#include <ostrum/tlt.h>
+
+struct TLT_MESSAGE {
+    TLT_MESSAGE *next;
+    int32_t level; // 1 to 4
+    char text[4];  // the whole text: the record is allocated to its length
+};
+
+/** Name of a source file, shared by its statements. */
+struct TLT_SOURCE_NAME {
+    int32_t users; // statements and holders; the last one frees it
+    char text[4];  // the whole name: the record is allocated to its length
+};
+
+/**
+ * One logical line. The record and its chars are one block. The text of a token is a piece of chars where
+ * it stands there as it is, and a block of its own only where it does not, or where a caller wants it
+ * terminated.
+ */
+struct TLT_STATEMENT {
+    TLT_SOURCE_NAME *source;
+    char *chars; // behind the record, tabs expanded
+    int32_t source_line_number;
+    int32_t line_number;
+    int32_t error_level; // highest since the last reset
+    int32_t indent;
+    char *read_position;  // next character that the scanner looks at
+    char *token_start;    // of the token behind the last consumed one
+    int32_t token_code;   // look-ahead, TLT_TOKEN_NONE without one
+    int32_t token_length; // of token_text
+    const char
+        *token_text;   // of the last token; null for none; terminated only if it is token_block
+    char *token_block; // owned; null while token_text lies in chars
+    int32_t number;
+    int32_t units;
+    TLT_MESSAGE *messages;
+    TLT_MESSAGE *last_message; // undefined without messages
+};
+
+/**
+ * Makes a name that statements can share.
+ *
+ * @param name  the name, copied
+ * @return      the name with one user, the caller, who gives it up with TLT_DropSourceName
+ */
+TLT_SOURCE_NAME *TLT_NewSourceName(const char *name);
+
+/**
+ * Gives up one use of a name.
+ *
+ * @param name  the name; null does nothing
+ */
+void TLT_DropSourceName(TLT_SOURCE_NAME *name);
+
+/**
+ * Makes a statement as TLT_NewStatement does, from a text that need not be terminated.
+ *
+ * @param text                its text, without zero bytes
+ * @param length              of the text in bytes
+ * @param source              name of its source file; gets one more user
+ * @param source_line_number  line of that file, from 1
+ * @param line_number         running line number in the module
+ * @return                    the statement
+ */
+TLT_STATEMENT *TLT_NewSpanStatement(const char *text, size_t length, TLT_SOURCE_NAME *source,
+                                    int32_t source_line_number, int32_t line_number);
+
+/**
+ * Raises a message whose text holds other texts. It is cut to 511 characters.
+ *
+ * @param statement  where; null for nowhere
+ * @param level      1 to 4
+ * @param format     of the text, as for printf
+ * @return           number of messages of the level so far
+ */
+__attribute__((format(printf, 3, 4))) int32_t
+TLT_RaiseFormatted(TLT_STATEMENT *statement, int32_t level, const char *format, ...);
+
+/** Number of errors counted since the counters were last reset. */
+int32_t TLT_ErrorCount(void);
