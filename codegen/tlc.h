@@ -1,0 +1,112 @@
+/*
+ * Code streams: records, and what the generator needs of them.
+ */
+#pragma once
+
+#include <ostrum/extra.h>
+#include <ostrum/hs.h>
+#include <ostrum/tlc.h>
+
+/* Kinds of fix-up. */
+enum TLC_FIXUP_KIND : uint8_t {
+    TLC_FIXUP_JUMP,   /* 16-bit displacement to a section */
+    TLC_FIXUP_STRING, /* 32-bit displacement into the string section */
+    TLC_FIXUP_SYMBOL, /* 32-bit displacement to an identifier's section, or a symbol */
+    TLC_FIXUP_STATIC, /* 32-bit static offset, listed in the static offset table */
+};
+
+/* A place of a section to be patched or told to the module file after layout. */
+struct TLC_FIXUP {
+    TLC_FIXUP *next; /* made before this one */
+    uint32_t offset; /* in the section */
+    TLC_FIXUP_KIND kind;
+    uint8_t symbol_class; /* of a symbol */
+};
+
+struct TLC_JUMP_FIXUP {
+    TLC_FIXUP common;
+    TLC_PSECT *target;    /* null until layout if node is set */
+    TLI_IDENTIFIER *node; /* null for a jump to a section */
+};
+
+struct TLC_STRING_FIXUP {
+    TLC_FIXUP common;
+    uint32_t string_offset; /* in the string section */
+};
+
+struct TLC_SYMBOL_FIXUP {
+    TLC_FIXUP common;
+    TLI_IDENTIFIER *type;
+    TLI_IDENTIFIER *identifier; /* null if the name was given */
+    const char *name;           /* in the stream's arena; null if identifier gives it */
+};
+
+enum { TLC_SYMBOL_NAME_SIZE = 64 };
+
+/* What no opcode and no small literal equals: nothing to fold with. */
+enum { TLC_NO_CODE = -1 };
+
+/* Bit of TLC_PSECT.align. */
+enum : uint8_t { TLC_EVEN = 1 };
+
+/* A growing run of bytes with its fix-ups. All storage lies in the stream's arenas. */
+struct TLC_PSECT {
+    uint8_t *code;
+    uint32_t size;
+    uint32_t capacity;
+    uint32_t address;  /* in the module image; set at layout */
+    int16_t last_code; /* opcode or small literal at the end of code, or TLC_NO_CODE */
+    uint8_t align;
+    TLC_FIXUP *fixups;        /* newest first */
+    TLT_STATEMENT *statement; /* first statement that opened the section, or null */
+    TLC_PSECT *next;          /* in its list */
+};
+
+struct TLC_PSECT_LIST {
+    TLC_PSECT *head;
+    TLC_PSECT *tail;
+};
+
+/* Storage that is handed out in pieces and dropped whole. */
+struct TLC_ARENA {
+    struct TLC_CHUNK *chunks; /* newest first */
+    uint8_t *top;             /* next free byte of the newest chunk */
+    uint8_t *end;
+};
+
+struct TLC_STREAM {
+    TLC_PSECT *current; /* where code goes now */
+    int32_t target;
+    uint32_t flags; /* compile flags */
+    TLP_MODULE *module;
+    KOB_MODULE *object; /* set when the object code is generated */
+    FILE *file;         /* of a text stream */
+    HS_DOMAIN *strings; /* text of a string to its offset in the string section */
+    TLC_PSECT_LIST code;
+    TLC_PSECT_LIST constants;
+    TLC_PSECT_LIST nonvolatiles;
+    TLC_PSECT *string_section; /* first of the constants */
+    uint32_t object_flags;     /* module flags gathered while generating */
+    HS_DOMAIN *overlays;       /* overlays of the syscalls called */
+    HS_DOMAIN *syscalls;       /* full names of the syscalls called */
+    int32_t pass;
+    int32_t text_errors; /* faults written as comments */
+    TLC_ARENA records;   /* sections, fix-ups, names */
+    TLC_ARENA code_buffers;
+};
+
+/**
+ * Adds bytes to the current section; nothing folds with them.
+ * @param stream P-code stream
+ * @param bytes what to add
+ * @param count how many, 0 or more
+ */
+void TLC_AppendBytes(TLC_STREAM *stream, const void *bytes, uint32_t count);
+
+/**
+ * The name that a symbol of an identifier has in the module file.
+ * @param identifier what is named
+ * @param buffer out: TLC_SYMBOL_NAME_SIZE bytes
+ * @return the buffer
+ */
+const char *TLC_SymbolName(const TLI_IDENTIFIER *identifier, char *buffer);

@@ -1,0 +1,37 @@
+/*
+ * The generators: they turn a parsed module into the files of a target.
+ */
+#ifndef OSTRUM_TLCG_H
+#define OSTRUM_TLCG_H
+
+#include <ostrum/types.h>
+
+OSTRUM_BEGIN
+
+/** Readies the compiler and all its targets, the first time. */
+OSTRUM_API void TLCG_Initialise(void);
+
+/**
+ * Generates a module file. Faults of generation are fatal compiler messages: if any message of the
+ * levels error and fatal has been counted since the counters were last reset, the file is deleted
+ * and the result is 0 all the same, so look at TLT_GetCounters.
+ * @param module parsed module
+ * @param flags compile flags
+ * @param file_name name of the module file; without an extension it takes "kob"
+ * @param tool number of the tool that makes it
+ * @param tool_version version text of the tool, cut at 31 characters
+ * @return 0; 100 + the code of the module format if the file cannot be made or written, and then
+ *         no file is left; text through TLCG_Message
+ */
+OSTRUM_API int32_t TLCG_GenerateKOBCode(TLP_MODULE *module, uint32_t flags, const char *file_name,
+                                        int32_t tool, const char *tool_version);
+
+/**
+ * @param result of a generator
+ * @return its text, static
+ */
+OSTRUM_API const char *TLCG_Message(int32_t result);
+
+OSTRUM_END
+
+#endif
