@@ -1,5 +1,6 @@
 /*
- * Operations that tools need beyond those of the families: what a compilation reads.
+ * Operations that tools need beyond those of the families: what a compilation reads, and what its text
+ * targets could not express.
  */
 #ifndef OSTRUM_EXTRA_H
 #define OSTRUM_EXTRA_H
@@ -24,6 +25,16 @@ typedef void (*TLP_SOURCE_HOOK)(void *context, const char *name, const char *hos
  * @param hook     the hook; null for none
  */
 OSTRUM_API void TLP_SetSourceHook(void *context, TLP_SOURCE_HOOK hook);
+
+/**
+ * Counts the faults that a stream wrote into C or Java text as comments, because the target cannot
+ * express what the source says.
+ *
+ * @param stream  text stream; null asks for the text stream made last, whether or not it has been
+ *                deleted since
+ * @return        how many
+ */
+OSTRUM_API int32_t TLC_TextErrors(const TLC_STREAM *stream);
 
 OSTRUM_END
 
