@@ -96,12 +96,34 @@ struct TLC_STREAM {
 };
 
 /**
- * Adds bytes to the current section; nothing folds with them.
- * @param stream P-code stream
- * @param bytes what to add
- * @param count how many, 0 or more
+ * Takes a piece of an arena, zero-filled unless the piece was given back before.
+ * @param arena the arena
+ * @param size bytes, above 0
+ * @param align 1 or 8, bytes
+ * @return the piece, which lives as long as the arena
  */
-void TLC_AppendBytes(TLC_STREAM *stream, const void *bytes, uint32_t count);
+uint8_t *TLC_ArenaTake(TLC_ARENA *arena, size_t size, size_t align);
+
+/** Frees all that was taken from an arena. */
+void TLC_ArenaDrop(TLC_ARENA *arena);
+
+/** Makes room for count more bytes in a section's buffer. */
+void TLC_GrowPSect(TLC_STREAM *stream, TLC_PSECT *section, uint32_t count);
+
+/**
+ * Adds room to a section; every write to a section's code goes through this step.
+ * @param stream P-code stream
+ * @param section one of its sections
+ * @param count bytes
+ * @return the first of the new bytes, to be filled by the caller before the next call
+ */
+inline uint8_t *TLC_Extend(TLC_STREAM *stream, TLC_PSECT *section, uint32_t count)
+{
+    if (section->capacity - section->size < count) TLC_GrowPSect(stream, section, count);
+    uint8_t *bytes = section->code + section->size;
+    section->size += count;
+    return bytes;
+}
 
 /**
  * The name that a symbol of an identifier has in the module file.
@@ -109,4 +131,13 @@ void TLC_AppendBytes(TLC_STREAM *stream, const void *bytes, uint32_t count);
  * @param buffer out: TLC_SYMBOL_NAME_SIZE bytes
  * @return the buffer
  */
-const char *TLC_SymbolName(const TLI_IDENTIFIER *identifier, char *buffer);
+const char *TLC_IdentifierSymbol(TLI_IDENTIFIER *identifier, char *buffer);
+
+/** The value of a flag name of the pragma TOLL_KOB_FLAG; 0 for a name that is not known. */
+uint32_t TLC_FlagValue(const char *name);
+
+/** Emits an opcode as TLC_PCode does, but never folds it with what stands before it. */
+void TLC_PlainPCode(TLC_STREAM *stream, int32_t code);
+
+/** Emits a 32-bit static offset, to be listed in the module's static offset table. */
+void TLC_StaticOffset(TLC_STREAM *stream, int32_t offset);

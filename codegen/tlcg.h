@@ -9,24 +9,39 @@
 /* Added to a status of the module format in the result of a generator. */
 enum { TLCG_KOB_RESULT = 100 };
 
-/* A function that a walk has met: its own functions come before it. */
+/* A name that a walk has met and still has to see to. */
 struct TLCG_VISIT {
-    TLI_IDENTIFIER *function;
-    bool entered; /* its own functions have been pushed */
+    TLI_IDENTIFIER *identifier;
+    bool is_entered; /* the functions inside this one have been taken up */
+    bool is_public;  /* declared in GLOBALS itself */
 };
 
-/* Functions still to be visited, last first. */
+/* Names still to be seen to, last first. Functions nest as deep as the source likes. */
 struct TLCG_WORK {
     TLCG_VISIT *visits;
-    uint32_t count;
-    uint32_t capacity;
+    size_t count;
+    size_t capacity;
 };
 
 /* Set of addresses; only asked whether one is there, so that nothing depends on their order. */
 struct TLCG_SET {
     const void **slots;
-    uint32_t count;
-    uint32_t capacity; /* 0 or a power of 2 */
+    size_t count;
+    size_t capacity; /* 0 or a power of 2 */
+};
+
+/* A record type whose fields are being entered in its debug frame. */
+struct TLCG_RECORD {
+    TLI_IDENTIFIER *type;
+    KOBD_FRAME *frame;
+    int32_t next_field;
+};
+
+/* Record types that hold one another, outermost first. */
+struct TLCG_RECORDS {
+    TLCG_RECORD *records;
+    size_t count;
+    size_t capacity;
 };
 
 /* One run of a generator. */
@@ -37,11 +52,35 @@ struct TLCG_CONTEXT {
     KOB_MODULE *object;
     KOBD_FRAME *statics_frame;  /* frame of the static data */
     KOBD_FRAME *function_frame; /* frame being filled */
-    bool is_public;             /* constants being planted get a symbol */
+    bool is_public;             /* the names being taken up stand in GLOBALS */
     bool has_tree;              /* a block of a TREE was generated */
     TLCG_WORK work;
+    TLCG_RECORDS records;
     TLCG_SET generated; /* blocks that have been generated */
 };
+
+/** Takes up a name, to be seen to before those that were taken up earlier. */
+void TLCG_Push(TLCG_CONTEXT *context, TLI_IDENTIFIER *identifier);
+
+/**
+ * Takes up the names of a scope of which filter gives yes, so that they come up as a walk of the
+ * scope shows them.
+ * @param context the run
+ * @param scope the scope, or null
+ * @param filter gives yes for the names wanted
+ */
+void TLCG_PushScope(TLCG_CONTEXT *context, TLI_SCOPE *scope,
+                    bool (*filter)(TLI_IDENTIFIER *identifier));
+
+/**
+ * Takes the next name; false if there is none.
+ * @param context the run
+ * @param visit out: the name
+ */
+bool TLCG_Pop(TLCG_CONTEXT *context, TLCG_VISIT *visit);
+
+/** Puts a function back under those inside it, which are taken up next. */
+void TLCG_Enter(TLCG_CONTEXT *context, TLI_IDENTIFIER *function);
 
 /**
  * Generates the code of every section of the module that has a body, nested functions first, each
@@ -50,8 +89,8 @@ struct TLCG_CONTEXT {
  */
 void TLCG_GenerateSections(TLCG_CONTEXT *context);
 
-/**
- * Frees what a context holds besides its stream and its object.
- * @param context the run
- */
+/** Makes the debug frames of a module that has been generated. */
+void TLCG_DebugFrames(TLCG_CONTEXT *context);
+
+/** Frees what a context holds for itself: not its stream, not its object. */
 void TLCG_ReleaseContext(TLCG_CONTEXT *context);
