@@ -51,3 +51,15 @@ void TLE_SetText(TLE_TERM *term, const char *text);
 
 // Text of a kind as messages and dumps show it.
 const char *TLE_KindText(int32_t kind);
+
+// Gives a term a copy of length characters of a text; the term's own text goes.
+void TLE_SetTextSpan(TLE_TERM *term, const char *text, size_t length);
+
+// Gives a number that keeps no text a copy of its own.
+void TLE_KeepNumberText(TLE_TERM *term);
+
+// The term that a chain of field selections starts with; the term itself without one.
+TLE_TERM *TLE_BaseTerm(TLE_TERM *term);
+
+// Name of the term's type as messages show it: "<VOID>" for no term, "<UNTYPED>" for no type.
+const char *TLE_TypeText(const TLE_TERM *term);

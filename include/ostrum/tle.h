@@ -32,13 +32,6 @@ enum {
     TLE_INDIRECT_CALL = -5 /**< call through an item of function type */
 };
 
-/** What TLE_ExpressionCode leaves on the stack. */
-enum {
-    TLE_MODE_VALUE = 0,   /**< the value */
-    TLE_MODE_ADDRESS = 1, /**< the address */
-    TLE_MODE_ARRAY = 2    /**< the address and above it the number of elements from there on */
-};
-
 /**
  * An operator, static and constant. Priorities run from 1, the loosest, to 13; 0 stands for a form
  * that the operator does not have.
@@ -57,7 +50,8 @@ typedef struct TLE_OPERATOR {
     /** The type of the result, or null; the operands have theirs. May be null. */
     TLI_IDENTIFIER *(*check)(TLP_MODULE *module, TLT_STATEMENT *statement,
                              const struct TLE_OPERATOR *record, TLE_TERM *term);
-    /** Generates P-code for one of the TLE_MODE_ codes; 1, or 0 if there is none. */
+    /** Generates P-code that leaves the value (mode 0), the address (1), or the address and the
+     * length (2); 1, or 0 if there is none. */
     int32_t (*code)(TLC_STREAM *stream, const struct TLE_OPERATOR *record, TLE_TERM *term,
                     int32_t mode);
     /** The operation code that the operator stands for, or 0. */
