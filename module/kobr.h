@@ -3,10 +3,11 @@
 #include <ostrum/kobr.h>
 
 enum {
-    KOBR_NAME_SIZE = 32,       // bytes of a name field, terminator included
-    KOBR_FRAME_RECORD = 40,    // bytes of a frame without its entries
-    KOBR_ENTRY_RECORD = 70,    // bytes of an entry
-    KOBR_SYMBOL_NAME_MAX = 245 // characters that the length byte of a symbol has room for
+    KOBR_NAME_SIZE = 32,         // bytes of a name field, terminator included
+    KOBR_FRAME_RECORD = 40,      // bytes of a frame without its entries
+    KOBR_ENTRY_RECORD = 70,      // bytes of an entry
+    KOBR_SYMBOL_NAME_MAX = 245,  // characters that the length byte of a symbol has room for
+    KOBR_SYMBOL_RECORD_MAX = 254 // bytes of such a symbol
 };
 
 /**
