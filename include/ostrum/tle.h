@@ -150,6 +150,50 @@ OSTRUM_API void TLE_PrintExpression(const char *title, const TLE_TERM *term, int
 
 /* Constant values, data terms and code */
 
+/**
+ * Checks a folded expression against the type wanted of it and gives its value. The term's type may
+ * change to the one that it stands for here, and a TIME or CLOCK_TIME number is converted to the other.
+ *
+ * @param module     module that the expression belongs to
+ * @param statement  where faults are reported; null asks in silence
+ * @param term       the expression; null, after an error of its own, gives 0 without a message
+ * @param wanted     type wanted
+ * @param value      out: a number; for STRING the text, borrowed from the term, or 0 for NULL; for any
+ *                   other type the term itself. Left alone unless the result is 1
+ * @param quiet      not 0: no warning for a STRING that stands as a MESSAGE
+ * @return           1 and the value, or 0
+ */
+OSTRUM_API int32_t TLE_ConstantValue(TLP_MODULE *module, TLT_STATEMENT *statement, TLE_TERM *term,
+                                     TLI_IDENTIFIER *wanted, intptr_t *value, int32_t quiet);
+
+/** TLE_ConstantValue for the term's own type, in silence. */
+OSTRUM_API int32_t TLE_GetConstantValue(TLP_MODULE *module, TLE_TERM *term, intptr_t *value);
+
+/** Plants a reference to the data that a term names: 4 bytes of P-code, or its text. */
+OSTRUM_API void TLE_DataTerm(TLC_STREAM *stream, TLE_TERM *term);
+
+/** Plants a reference to an array and, on a P-code stream, its number of elements: 8 bytes. */
+OSTRUM_API void TLE_ArrayTerm(TLC_STREAM *stream, TLE_TERM *term);
+
+/**
+ * Generates an expression: P-code, C or Java text. Faults go through TLC_Error and a dump of the term
+ * to standard output.
+ *
+ * @param stream  where to
+ * @param term    the expression; null is reported
+ * @param mode    what P-code leaves on the stack: 0 the value, 1 the address, 2 the address and above
+ *                it the number of elements from there on
+ */
+OSTRUM_API void TLE_ExpressionCode(TLC_STREAM *stream, TLE_TERM *term, int32_t mode);
+
+/**
+ * Generates the subscript of an identifier's term, P-code only.
+ *
+ * @return  the subscript if it is known, 0 for a term without one, and nothing is emitted; -1 if its
+ *          value is on the stack
+ */
+OSTRUM_API int32_t TLE_OffsetCode(TLC_STREAM *stream, TLE_TERM *term);
+
 OSTRUM_END
 
 #endif
