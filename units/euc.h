@@ -27,3 +27,11 @@ struct EUC_QUANTITY {
  * @return          the record, static
  */
 const EUC_QUANTITY *EUC_Quantity(int32_t quantity);
+
+/**
+ * Writes a count of milliseconds as hours, if there are any, minutes and seconds.
+ *
+ * @param value  milliseconds
+ * @return       the text in the static buffer of EUC_DisplayValue
+ */
+const char *EUC_FormatClock(int32_t value);
