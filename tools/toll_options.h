@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+enum TOLL_FORMAT { TOLL_FORMAT_TEXT, TOLL_FORMAT_JSON, TOLL_FORMAT_COUNT };
+
+/** What a command line of toll asks for. */
+struct TOLL_OPTIONS {
+    std::string output;                     // of -o; empty: derived from the source
+    std::vector<std::string> include_paths; // of -I, in order
+    std::string defines;                    // of -D, joined by commas
+    int32_t define_count = 0;
+    uint32_t module_flags = 0;  // flag word of TLP_ReadModule2
+    uint32_t compile_flags = 0; // flag word of TLCG_GenerateKOBCode
+    bool print_scopes = false;
+    bool check_only = false;
+    TOLL_FORMAT format = TOLL_FORMAT_TEXT;
+    std::vector<std::string> sources;
+};
+
+enum TOLL_USAGE {
+    TOLL_USAGE_COMPILE,  // the options are complete
+    TOLL_USAGE_ANSWERED, // --help or --version was printed
+    TOLL_USAGE_WRONG,    // one line of what is wrong was printed
+};
+
+/**
+ * Reads the command line.
+ *
+ * @param argument_count  number of arguments, the program's name included
+ * @param arguments       the arguments; reordered, options first
+ * @param options         out: what they ask for
+ * @return                what is left to do
+ */
+TOLL_USAGE read_options(int argument_count, char **arguments, TOLL_OPTIONS *options);
