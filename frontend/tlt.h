@@ -2,16 +2,17 @@
 
 #include <ostrum/tlt.h>
 
+/** A message raised against a statement, which owns it. */
 struct TLT_MESSAGE {
     TLT_MESSAGE *next;
-    int32_t level; // 1 to 4
-    char text[4];  // the whole text: the record is allocated to its length
+    const char *text; // behind the record
+    int32_t level;    // 1 to 4
 };
 
 /** Name of a source file, shared by its statements. */
 struct TLT_SOURCE_NAME {
-    int32_t users; // statements and holders; the last one frees it
-    char text[4];  // the whole name: the record is allocated to its length
+    const char *text; // behind the record
+    int32_t users;    // statements and holders; the last one frees it
 };
 
 /**
@@ -77,6 +78,47 @@ TLT_STATEMENT *TLT_NewSpanStatement(const char *text, size_t length, TLT_SOURCE_
  */
 __attribute__((format(printf, 3, 4))) int32_t
 TLT_RaiseFormatted(TLT_STATEMENT *statement, int32_t level, const char *format, ...);
+
+/**
+ * Frees the messages of a statement and leaves its error level alone.
+ *
+ * @param statement  the statement
+ */
+void TLT_FreeMessages(TLT_STATEMENT *statement);
+
+/**
+ * Moves the read position over blanks and comments and sets the start of the token there.
+ *
+ * @param statement  the statement
+ */
+void TLT_SkipBlanks(TLT_STATEMENT *statement);
+
+/**
+ * Finds a keyword in any case.
+ *
+ * @param word    the word; needs no terminator
+ * @param length  its length in bytes
+ * @return        code of the keyword; TLT_TOKEN_IDENTIFIER if it is none
+ */
+int32_t TLT_FindKeyword(const char *word, size_t length);
+
+/** One unit word. */
+struct TLT_UNIT {
+    float scale;      // base counts in one of this unit
+    float offset;     // in units, taken off before scaling
+    int32_t quantity; // quantity code, 1 to 32
+    const char *word;
+};
+
+/**
+ * @param word    the word, case included; needs no terminator
+ * @param length  its length in bytes
+ * @return        its row; null if there is none
+ */
+const TLT_UNIT *TLT_FindUnit(const char *word, size_t length);
+
+/** Gives back the buffer that the scanner puts texts together in. */
+void TLT_FreeScratch(void);
 
 /** Number of errors counted since the counters were last reset. */
 int32_t TLT_ErrorCount(void);
