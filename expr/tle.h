@@ -37,6 +37,13 @@ struct TLE_TERM {
 };
 static_assert(sizeof(TLE_TERM) == 64, "one cache line for each term of the source");
 
+// How an argument passes, in the extra word of its link; 0 is as its parameter says.
+enum {
+    TLE_PASS_POINTER = 1, // a pointer's value for a record by reference
+    TLE_PASS_RECORD = 2,  // a record's address for a pointer
+    TLE_PASS_ARRAY = 3    // an array behind the declared arguments, by its first element's address
+};
+
 // Deepest recursion that a finished tree can ask for. Brackets within their own limit stay below it.
 static constexpr int32_t TLE_MAX_HEIGHT = 16000;
 
@@ -63,3 +70,11 @@ TLE_TERM *TLE_BaseTerm(TLE_TERM *term);
 
 // Name of the term's type as messages show it: "<VOID>" for no term, "<UNTYPED>" for no type.
 const char *TLE_TypeText(const TLE_TERM *term);
+
+// How an argument passes: the extra word of its link.
+enum {
+    TLE_PASS_PLAIN = 0,    // as its type and the formal tell
+    TLE_PASS_POINTER = 1,  // a pointer for a record by reference: its value is the address
+    TLE_PASS_RECORD = 2,   // a record for a pointer: by its address
+    TLE_PASS_ELEMENTS = 3, // an array beyond the formals, given the subscript 0: by address
+};
