@@ -20,7 +20,6 @@ static constexpr size_t largest_chunk_size = 512 * 1024;
 
 // Most sections hold the code of one statement and end below this.
 static constexpr uint32_t first_capacity = 32;
-static constexpr uint32_t largest_section = INT32_MAX;
 
 static constexpr int32_t c_name_size = 32;
 
@@ -103,9 +102,10 @@ void TLC_ArenaDrop(TLC_ARENA *arena)
 
 void TLC_GrowPSect(TLC_STREAM *stream, TLC_PSECT *section, uint32_t count)
 {
-    if (count > largest_section - section->size) SM_FatalError("TLC : Program section too large");
+    if (count > INT32_MAX - section->size) SM_FatalError("TLC : Program section too large");
     const uint32_t needed = section->size + count;
-    const uint32_t wanted = needed <= first_capacity ? first_capacity : needed * 2;
+    const uint32_t doubled = section->size == 0 ? needed : needed * 2;
+    const uint32_t wanted = needed <= first_capacity ? first_capacity : doubled;
     TLC_ARENA *arena = &stream->code_buffers;
     const uint32_t more = wanted - section->capacity;
     const bool is_newest =

@@ -46,6 +46,9 @@ enum { TLC_SYMBOL_NAME_SIZE = 64 };
 /* What no opcode and no small literal equals: nothing to fold with. */
 enum { TLC_NO_CODE = -1 };
 
+/* Bytes that an image may have: a module file is one block of less than 2 GB with its tables. */
+enum : uint32_t { TLC_LARGEST_IMAGE = INT32_MAX - 1024 * 1024 };
+
 /* Bit of TLC_PSECT.align. */
 enum : uint8_t { TLC_EVEN = 1 };
 
@@ -141,3 +144,10 @@ void TLC_PlainPCode(TLC_STREAM *stream, int32_t code);
 
 /** Emits a 32-bit static offset, to be listed in the module's static offset table. */
 void TLC_StaticOffset(TLC_STREAM *stream, int32_t offset);
+
+/**
+ * Emits zero bytes, for storage that starts at 0. Reports "Module too large".
+ * @param stream P-code stream
+ * @param count how many; below 1 emits nothing
+ */
+void TLC_Zeros(TLC_STREAM *stream, int32_t count);

@@ -122,6 +122,17 @@ void TLC_Code32(TLC_STREAM *stream, int32_t value)
     IFC_Store32(put_plain(stream, 4), static_cast<uint32_t>(value));
 }
 
+void TLC_Zeros(TLC_STREAM *stream, int32_t count)
+{
+    if (count < 1) return;
+    const uint32_t size = static_cast<uint32_t>(count);
+    if (size > TLC_LARGEST_IMAGE - stream->current->size) {
+        TLC_Error(stream, "Module too large");
+        return;
+    }
+    std::memset(put_plain(stream, size), 0, size);
+}
+
 static void put_literal(TLC_STREAM *stream, int32_t value)
 {
     if (value >= 0 && value < EEP_SLIT) {

@@ -94,7 +94,7 @@ static int32_t add_used_library(void *context, const char *, TLP_MODULE *module)
 // The section laid last, and the address behind it.
 struct LAYOUT {
     TLC_PSECT *last;
-    uint32_t address;
+    uint64_t address; // may leave what the module file can hold
 };
 
 static void lay_section(TLC_STREAM *stream, LAYOUT *layout, TLC_PSECT *section)
@@ -104,7 +104,7 @@ static void lay_section(TLC_STREAM *stream, LAYOUT *layout, TLC_PSECT *section)
         *TLC_Extend(stream, layout->last, 1) = 0;
         layout->address++;
     }
-    section->address = layout->address;
+    section->address = static_cast<uint32_t>(layout->address);
     layout->address += section->size;
     layout->last = section;
 }
@@ -115,7 +115,8 @@ static void lay_list(TLC_STREAM *stream, LAYOUT *layout, const TLC_PSECT_LIST &l
         lay_section(stream, layout, at);
 }
 
-static void lay_out(TLC_STREAM *stream)
+/** False if the image is larger than a module file can be. */
+static bool lay_out(TLC_STREAM *stream)
 {
     LAYOUT layout = { .last = nullptr, .address = 0 };
     // An empty section behind the non-volatiles marks their end.
@@ -123,6 +124,7 @@ static void lay_out(TLC_STREAM *stream)
     lay_list(stream, &layout, stream->constants);
     lay_list(stream, &layout, stream->nonvolatiles);
     lay_list(stream, &layout, stream->code);
+    return layout.address <= TLC_LARGEST_IMAGE;
 }
 
 /** Section of the statement of a tree's node; null if the node has none. */
@@ -265,7 +267,10 @@ void TLC_GenerateObjectCode(TLC_STREAM *stream, KOB_MODULE *object)
     add_library(stream, stream->module);
     TLP_AllUsesModules(stream->module, add_used_library, stream);
     HS_AllNames(stream->syscalls, add_syscall, stream);
-    lay_out(stream);
+    if (!lay_out(stream)) {
+        TLC_Error(stream, "Module too large");
+        return;
+    }
     generate_list(stream, stream->constants);
     generate_list(stream, stream->nonvolatiles);
     generate_list(stream, stream->code);
