@@ -70,11 +70,3 @@ TLE_TERM *TLE_BaseTerm(TLE_TERM *term);
 
 // Name of the term's type as messages show it: "<VOID>" for no term, "<UNTYPED>" for no type.
 const char *TLE_TypeText(const TLE_TERM *term);
-
-// How an argument passes: the extra word of its link.
-enum {
-    TLE_PASS_PLAIN = 0,    // as its type and the formal tell
-    TLE_PASS_POINTER = 1,  // a pointer for a record by reference: its value is the address
-    TLE_PASS_RECORD = 2,   // a record for a pointer: by its address
-    TLE_PASS_ELEMENTS = 3, // an array beyond the formals, given the subscript 0: by address
-};

@@ -1,0 +1,308 @@
+/*
+ * Expressions as C and Java text: names, literals, and operators with the brackets that the
+ * target's own priorities ask for.
+ */
+#include "expr/tle_code.h"
+
+#include <cstdint>
+#include <cstdio>
+
+#include "names/tliv.h"
+#include <ostrum/st.h>
+#include <ostrum/tlb.h>
+#include <ostrum/tlc.h>
+#include <ostrum/tlcj.h>
+#include <ostrum/tli.h>
+#include <ostrum/tlit.h>
+#include <ostrum/tlp.h>
+#include <ostrum/tlt.h>
+
+static bool is_c(TLC_STREAM *stream)
+{
+    return TLC_Target(stream) == TLC_TARGET_C;
+}
+
+/* Writes the text of a target. */
+static void write_text(TLC_STREAM *stream, const char *c, const char *java)
+{
+    std::fputs(is_c(stream) ? c : java, TLC_CFile(stream));
+}
+
+/* ---- Operands ---- */
+
+static TLI_IDENTIFIER *enumeration_value(const TLE_TERM *term)
+{
+    if (TLIT_TypeSubclass(nullptr, term->type) != TLIT_SUBCLASS_ENUMERATION) return nullptr;
+    return TLIT_EnumGetValue(term->type, term->value);
+}
+
+bool TLE_IsNegativeLiteral(const TLE_TERM *term)
+{
+    return term->kind == TLT_TOKEN_NUMBER && term->value < 0 && enumeration_value(term) == nullptr;
+}
+
+/* A value of a static scope is known to all modules of a C program, by its full name. */
+static void enumeration_text(TLC_STREAM *stream, TLI_IDENTIFIER *value)
+{
+    if (!is_c(stream)) {
+        std::fputs(TLI_IdentifierName(value), TLC_CFile(stream));
+        return;
+    }
+    char name[TLE_C_NAME_CAPACITY];
+    bool is_static = TLI_ScopeType(TLI_IdentifierScope(value)) == TLI_STATIC_SCOPE;
+    const char *text = is_static ? TLI_FullName(value) : TLI_IdentifierName(value);
+    std::fputs(TLC_CName(text, name), TLC_CFile(stream));
+}
+
+static int32_t number_text(TLC_STREAM *stream, TLE_TERM *term)
+{
+    TLI_IDENTIFIER *value = enumeration_value(term);
+    if (value != nullptr) {
+        enumeration_text(stream, value);
+    } else if (term->value == INT32_MIN && is_c(stream)) {
+        /* C reads the digits first, and they are no int. */
+        std::fputs("(-2147483647-1)", TLC_CFile(stream));
+    } else {
+        TLC_Literal(stream, term->value);
+    }
+    return 1;
+}
+
+static int32_t subscript_text(TLC_STREAM *stream, TLE_TERM *term)
+{
+    if (term->left == nullptr) return 1;
+    std::fputs("[", TLC_CFile(stream));
+    int32_t done = TLE_TermCode(stream, term->left, TLE_MODE_VALUE);
+    std::fputs("]", TLC_CFile(stream));
+    return done;
+}
+
+/* How C reaches an identifier: a reference is a pointer there, a mere array its own address. */
+static const char *c_reach(TLE_TERM *term, int32_t mode)
+{
+    if (TLIV_ArgumentPassType(term->identifier) != TLIV_BY_VALUE) {
+        return mode == TLE_MODE_VALUE ? "(*%s)" : "%s";
+    }
+    if (mode == TLE_MODE_VALUE) return "%s";
+    return mode == TLE_MODE_EXTENT && term->left == nullptr ? "%s" : "&%s";
+}
+
+static int32_t identifier_text(TLC_STREAM *stream, TLE_TERM *term, int32_t mode)
+{
+    if (term->identifier == nullptr || mode > TLE_MODE_EXTENT) return 0;
+    if (is_c(stream)) {
+        std::fprintf(TLC_CFile(stream), c_reach(term, mode), TLI_IdentifierName(term->identifier));
+    } else {
+        char *name = TLCJ_IdentifierName(term->identifier);
+        std::fputs(name, TLC_CFile(stream));
+        ST_Free(name);
+    }
+    return subscript_text(stream, term);
+}
+
+void TLE_DataLiteralText(TLC_STREAM *stream, TLE_TERM *term)
+{
+    FILE *file = TLC_CFile(stream);
+    const char *text = TLE_TermValue(term);
+    if (is_c(stream)) {
+        char name[TLE_C_NAME_CAPACITY];
+        std::fprintf(file, "%s_%s", TLI_IdentifierName(term->type), TLC_CName(text, name));
+        return;
+    }
+    TLI_DOMAIN *data_types = TLP_DataTypeDomain(TLC_Module(stream));
+    std::fprintf(file, "(%s) %s", TLCJ_TypeName(data_types, term->type), text);
+}
+
+static int32_t value_text(TLC_STREAM *stream, TLE_TERM *term)
+{
+    switch (term->kind) {
+    case TLE_INDIRECT_CALL:
+        return TLE_CallCode(stream, term, 0);
+    case TLE_CALL:
+        return TLE_CallCode(stream, term, 1);
+    case TLE_BUILT_IN:
+        return TLB_GenerateCode(stream, term);
+    case TLT_TOKEN_NUMBER:
+        return number_text(stream, term);
+    case TLE_ADDRESS:
+    case TLT_TOKEN_NULL:
+    case TLT_TOKEN_STRING:
+    case TLT_TOKEN_DATA_LITERAL:
+        TLE_DataTerm(stream, term);
+        return 1;
+    default:
+        return 0;
+    }
+}
+
+int32_t TLE_OperandText(TLC_STREAM *stream, TLE_TERM *term, int32_t mode)
+{
+    if (term->kind == TLT_TOKEN_IDENTIFIER) return identifier_text(stream, term, mode);
+    return mode == TLE_MODE_VALUE ? value_text(stream, term) : 0;
+}
+
+/* ---- Operators ---- */
+
+/* Groups of operators that bind alike in C and in Java, the loosest first. */
+enum {
+    LEVEL_ASSIGNMENT,
+    LEVEL_OR,
+    LEVEL_AND,
+    LEVEL_BIT_OR,
+    LEVEL_BIT_XOR,
+    LEVEL_BIT_AND,
+    LEVEL_EQUALITY,
+    LEVEL_RELATION,
+    LEVEL_SHIFT,
+    LEVEL_SUM,
+    LEVEL_PRODUCT,
+    LEVEL_SIGN,
+    LEVEL_SELECTION,
+    LEVEL_OPERAND
+};
+
+struct TEXT_ROW {
+    int32_t token;
+    const char *c;
+    const char *java;
+    int32_t level; /* with two operands; a single operand makes it LEVEL_SIGN */
+};
+
+static constexpr TEXT_ROW text_rows[] = {
+    { .token = TLT_TOKEN_ASSIGN, .c = "=", .java = "=", .level = LEVEL_ASSIGNMENT },
+    { .token = TLT_TOKEN_PLUS, .c = "+", .java = "+", .level = LEVEL_SUM },
+    { .token = TLT_TOKEN_MINUS, .c = "-", .java = "-", .level = LEVEL_SUM },
+    { .token = TLT_TOKEN_STAR, .c = "*", .java = "*", .level = LEVEL_PRODUCT },
+    { .token = TLT_TOKEN_SLASH, .c = "/", .java = "/", .level = LEVEL_PRODUCT },
+    { .token = TLT_TOKEN_MOD, .c = "%", .java = "%", .level = LEVEL_PRODUCT },
+    { .token = TLT_TOKEN_TILDE, .c = "~", .java = "~", .level = LEVEL_SIGN },
+    { .token = TLT_TOKEN_AMPERSAND, .c = "&", .java = "&", .level = LEVEL_BIT_AND },
+    { .token = TLT_TOKEN_BAR, .c = "|", .java = "|", .level = LEVEL_BIT_OR },
+    { .token = TLT_TOKEN_CARET, .c = "^", .java = "^", .level = LEVEL_BIT_XOR },
+    { .token = TLT_TOKEN_EQUAL, .c = "==", .java = "==", .level = LEVEL_EQUALITY },
+    { .token = TLT_TOKEN_NOT_EQUAL, .c = "!=", .java = "!=", .level = LEVEL_EQUALITY },
+    { .token = TLT_TOKEN_LESS, .c = "<", .java = "<", .level = LEVEL_RELATION },
+    { .token = TLT_TOKEN_LESS_EQUAL, .c = "<=", .java = "<=", .level = LEVEL_RELATION },
+    { .token = TLT_TOKEN_GREATER, .c = ">", .java = ">", .level = LEVEL_RELATION },
+    { .token = TLT_TOKEN_GREATER_EQUAL, .c = ">=", .java = ">=", .level = LEVEL_RELATION },
+    { .token = TLT_TOKEN_SHIFT_LEFT, .c = "<<", .java = "<<", .level = LEVEL_SHIFT },
+    { .token = TLT_TOKEN_SHIFT_RIGHT, .c = ">>", .java = ">>", .level = LEVEL_SHIFT },
+    { .token = TLT_TOKEN_AND, .c = " && ", .java = " && ", .level = LEVEL_AND },
+    { .token = TLT_TOKEN_OR, .c = " || ", .java = " || ", .level = LEVEL_OR },
+    { .token = TLT_TOKEN_NOT, .c = "!", .java = "!", .level = LEVEL_SIGN },
+    { .token = TLT_TOKEN_COLON, .c = ".", .java = ".", .level = LEVEL_SELECTION },
+    { .token = TLT_TOKEN_ARROW, .c = "->", .java = ".", .level = LEVEL_SELECTION },
+};
+
+struct TEXT_TABLE {
+    uint8_t row[TLT_TOKEN_COUNT]; /* place in text_rows, plus 1; 0 for a token without a row */
+};
+
+static consteval TEXT_TABLE index_rows()
+{
+    TEXT_TABLE table = {};
+    uint8_t place = 0;
+    for (const TEXT_ROW &row : text_rows)
+        table.row[row.token] = ++place;
+    return table;
+}
+
+static constexpr TEXT_TABLE text_table = index_rows();
+
+/* The row of an operator term; null for any other. */
+static const TEXT_ROW *find_row(const TLE_TERM *term)
+{
+    if (term->kind < 0 || term->kind >= TLT_TOKEN_COUNT || text_table.row[term->kind] == 0) {
+        return nullptr;
+    }
+    return &text_rows[text_table.row[term->kind] - 1];
+}
+
+static int32_t level_of(const TLE_TERM *term)
+{
+    const TEXT_ROW *row = find_row(term);
+    if (row == nullptr) return TLE_IsNegativeLiteral(term) ? LEVEL_SIGN : LEVEL_OPERAND;
+    return term->left == nullptr ? static_cast<int32_t>(LEVEL_SIGN) : row->level;
+}
+
+/* Operands whose grouping a C compiler wants to see, though its priorities would give it. */
+static bool is_doubtful(int32_t outer, int32_t inner)
+{
+    if (inner >= LEVEL_SIGN) return false;
+    switch (outer) {
+    case LEVEL_OR:
+        return inner == LEVEL_AND;
+    case LEVEL_EQUALITY:
+    case LEVEL_RELATION:
+        return inner <= LEVEL_RELATION;
+    case LEVEL_BIT_OR:
+    case LEVEL_BIT_XOR:
+    case LEVEL_BIT_AND:
+    case LEVEL_SHIFT:
+        return inner != outer;
+    default:
+        return false;
+    }
+}
+
+static bool needs_brackets(const TLE_TERM *outer, const TLE_TERM *inner, bool is_right)
+{
+    int32_t outer_level = level_of(outer);
+    int32_t inner_level = level_of(inner);
+    if (inner_level == LEVEL_OPERAND) return false;
+    /* Two signs in a row would be read as one operator. */
+    if (inner_level == LEVEL_SIGN) return is_right || outer_level > LEVEL_SIGN;
+    if (inner_level != outer_level) {
+        return inner_level < outer_level || is_doubtful(outer_level, inner_level);
+    }
+    /* A record of a record reads the same from either side. */
+    if (outer_level == LEVEL_SELECTION) return false;
+    bool groups_right = outer_level == LEVEL_ASSIGNMENT;
+    return is_right != groups_right || is_doubtful(outer_level, inner_level);
+}
+
+static int32_t write_operand(TLC_STREAM *stream, const TLE_TERM *outer, TLE_TERM *inner)
+{
+    bool has_brackets = inner != nullptr && needs_brackets(outer, inner, inner == outer->right);
+    if (has_brackets) std::fputs("(", TLC_CFile(stream));
+    int32_t written = TLE_TermCode(stream, inner, TLE_MODE_VALUE);
+    if (has_brackets) std::fputs(")", TLC_CFile(stream));
+    return written;
+}
+
+static int32_t write_right(TLC_STREAM *stream, const TLE_TERM *term)
+{
+    const TEXT_ROW *row = find_row(term);
+    if (row == nullptr) return 0;
+    write_text(stream, row->c, row->java);
+    return write_operand(stream, term, term->right);
+}
+
+/* The far end of the chain comes first; each operator then closes the bracket round its left. */
+static int32_t write_chain(TLC_STREAM *stream, const TLE_CHAIN &chain)
+{
+    FILE *file = TLC_CFile(stream);
+    int32_t last = chain.count - 1;
+    for (int32_t i = 0; i < last; ++i) {
+        if (needs_brackets(chain.terms[i], chain.terms[i + 1], false)) std::fputs("(", file);
+    }
+    const TLE_TERM *end = chain.terms[last];
+    int32_t written = end->left == nullptr ? 1 : write_operand(stream, end, end->left);
+    written &= write_right(stream, end);
+    for (int32_t i = last - 1; i >= 0; --i) {
+        if (needs_brackets(chain.terms[i], chain.terms[i + 1], false)) std::fputs(")", file);
+        written &= write_right(stream, chain.terms[i]);
+    }
+    return written;
+}
+
+int32_t TLE_OperatorText(TLC_STREAM *stream, TLE_TERM *term, int32_t mode)
+{
+    bool is_field = level_of(term) == LEVEL_SELECTION;
+    if (is_field && mode != TLE_MODE_VALUE) write_text(stream, "&", "");
+    TLE_CHAIN chain;
+    TLE_OpenChain(&chain, term);
+    int32_t written = write_chain(stream, chain);
+    TLE_CloseChain(&chain);
+    return written;
+}
