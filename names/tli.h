@@ -24,10 +24,11 @@ struct TLI_IDENTIFIER {
     TLC_PSECT *psect;         // section that the identifier was planted in
 };
 
-// A name that gave way to a later declaration: out of the table, but others may still point at it.
-struct TLI_REPLACED {
+// An identifier that its scope owns outside the table: it gave way to a later declaration, but others
+// may still point at it, or it has no name that could be looked up.
+struct TLI_UNLISTED {
     TLI_IDENTIFIER *identifier; // owned, with its name
-    TLI_REPLACED *next;
+    TLI_UNLISTED *next;
 };
 
 struct TLI_SCOPE {
@@ -39,7 +40,7 @@ struct TLI_SCOPE {
     int32_t depth;              // pushes not yet popped
     HS_DOMAIN *names;           // name to TLI_IDENTIFIER
     TLI_IDENTIFIER *identifier; // function that owns the scope, or null
-    TLI_REPLACED *replaced;
+    TLI_UNLISTED *unlisted;
 };
 
 struct TLI_DOMAIN {
@@ -54,3 +55,10 @@ struct TLI_DOMAIN {
 // Allocates an identifier that stands in no scope, with a name of its own.
 TLI_IDENTIFIER *TLI_NewHiddenIdentifier(const char *tag, const char *name,
                                         const TLI_CLASS *class_record);
+
+// Gives an identifier that owns its name, and stands in no table, to a scope.
+void TLI_OwnUnlisted(TLI_SCOPE *scope, TLI_IDENTIFIER *identifier);
+
+// Frees an identifier with its pragmas and what its class owns, but not its name or the entry in the
+// scope's table.
+void TLI_FreeIdentifier(TLI_IDENTIFIER *identifier);

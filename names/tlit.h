@@ -41,5 +41,34 @@ struct TLIT_TYPE {
         TLIT_ENUM_VALUE *last_value;
         TLIT_FIELD *last_field;
     };
-    TLIT_FIELD *cursor; // record: link of cursor_index, null before the first question
+    TLIT_FIELD *cursor;             // record: link of cursor_index, null before the first question
+    TLI_IDENTIFIER *unlisted_array; // its array type, where that could not be listed by name
 };
+
+struct TLIT_BIF {
+    TLI_IDENTIFIER identifier;
+    const void *record; // static record of the built-in
+};
+
+// The class records of types.
+enum {
+    TLIT_SIMPLE_CLASS,
+    TLIT_QUANTITY_CLASS,
+    TLIT_ENUMERATION_CLASS,
+    TLIT_DATA_CLASS,
+    TLIT_FUNCTION_CLASS,
+    TLIT_RECORD_CLASS,
+    TLIT_ARRAY_CLASS,
+    TLIT_POINTER_CLASS,
+    TLIT_CLASS_COUNT
+};
+extern const TLI_CLASS TLIT_classes[TLIT_CLASS_COUNT];
+
+// The identifier as a type; null if it is null or none of the types made here.
+static inline TLIT_TYPE *TLIT_AsType(TLI_IDENTIFIER *identifier)
+{
+    if (identifier == nullptr) return nullptr;
+    const uintptr_t offset =
+        (uintptr_t)identifier->class_record - (uintptr_t)&TLIT_classes[TLIT_SIMPLE_CLASS];
+    return offset < sizeof TLIT_classes ? (TLIT_TYPE *)identifier : nullptr;
+}

@@ -13,7 +13,7 @@
 
 OSTRUM_BEGIN
 
-/** Class codes: the low four bits of an identifier's flag word. */
+/** The flag word of an identifier: a class code in the low four bits, and flags. */
 enum {
     TLI_NAME = 0,              /**< a bare name */
     TLI_CONSTANT = 1,          /**< named constant, scalar or array */
@@ -26,11 +26,7 @@ enum {
     TLI_FIELD = 8,             /**< field of a record */
     TLI_NON_VOLATILE = 9,      /**< non-volatile variable */
     TLI_ARGUMENT = 10,         /**< formal argument of a function */
-    TLI_CLASS_COUNT = 11
-};
-
-/** Parts of the flag word. */
-enum {
+    TLI_CLASS_COUNT = 11,
     TLI_CLASS_MASK = 15, /**< the class code */
     TLI_ASSIGNABLE = 16, /**< can be assigned to and passed to a VAR argument */
     TLI_DIMENSIONED = 32 /**< can be subscripted */
