@@ -582,9 +582,9 @@ TEST_F(CodeStreams, CallsOfFunctionsAndUserCodes)
 
 TEST_F(CodeStreams, CallsOfSyscalls)
 {
-    EEP_NewSyscall(TLP_SyscallData(module), "M.SHORT", 5, 0x100);
+    EEP_NewSyscall(TLP_SyscallData(module), "M.BRIEF", 5, 0x100);
     EEP_NewSyscall(TLP_SyscallData(module), "M.LONG", 0x305, 0);
-    TLI_IDENTIFIER *quick = function("SHORT", 6, 1);
+    TLI_IDENTIFIER *quick = function("BRIEF", 6, 1);
     TLI_IDENTIFIER *far = function("LONG", 6, 1);
     TLI_IDENTIFIER *lost = function("LOST", 6, 1);
     TLI_Pragma(far, "TOLL_OVERLAY", "GRAPHICS");
@@ -603,7 +603,7 @@ TEST_F(CodeStreams, CallsOfSyscalls)
         "11 Engine.tl CODE 0",
         "12 GRAPHICS OVLY_ENTRY 0",
         "13 M.LONG SYSCALL_DEF 773",
-        "13 M.SHORT SYSCALL_DEF 5",
+        "13 M.BRIEF SYSCALL_DEF 5",
         "0 engine.$CODE CODE 0",
     };
     EXPECT_EQ(symbols, expected);
