@@ -42,6 +42,7 @@
 #include <ostrum/tliv.h>
 
 /* Expressions and statements */
+#include <ostrum/tlb.h>
 #include <ostrum/tle.h>
 #include <ostrum/tlo.h>
 #include <ostrum/tls.h>
@@ -50,6 +51,7 @@
 #include <ostrum/eep.h>
 #include <ostrum/tlc.h>
 #include <ostrum/tlcg.h>
+#include <ostrum/tlcj.h>
 
 /* Module files */
 #include <ostrum/kob.h>
