@@ -22,7 +22,8 @@ struct TLP_USED_MODULE {
     TLP_USED_MODULE *next;
 };
 
-struct TLP_SOURCE; // a file being read, private to the reader
+struct TLP_SOURCE; // a file being read, private to tlp_source.cpp
+struct TLT_SOURCE_NAME;
 
 /** The rule for the rest of a statement and for those that follow. */
 typedef void (*TLP_HANDLER)(TLP_MODULE *module, TLT_STATEMENT *statement);
@@ -64,7 +65,7 @@ struct TLP_MODULE {
     HS_DOMAIN *suppressed_warnings;
     TLP_USED_MODULE *used_modules; // on the root, newest first; owns the modules
     TLP_USED_MODULE
-        *lost_modules;        // on the root: owned like them, but hidden by one of the same name
+    *lost_modules;            // on the root: owned like them, but hidden by one of the same name
     HS_DOMAIN *used_names;    // on the root: name of each module on used_modules, to the module
     HS_DOMAIN *used_table;    // this module's own USES: name to module
     int32_t runtime_mismatch; // on the root
@@ -74,11 +75,13 @@ struct TLP_MODULE {
     char defines_text[TLP_DEFINES_SIZE]; // upper case, for modules read for USES
     char define_names[TLP_DEFINE_COUNT][TLP_NAME_SIZE];
     int32_t define_count;
-    TLI_IDENTIFIER *open_record; // its scope is on the domain; null for none
-    EEP_MODULE *syscall_data;    // on the root
-    TLP_MODULE *reading;         // on the root: innermost module whose read is under way
-    TLP_MODULE *reading_outer;   // the one around it
-    int32_t reading_depth;       // on the root: how many there are
+    TLI_IDENTIFIER *open_record;   // its scope is on the domain; null for none
+    EEP_MODULE *syscall_data;      // on the root
+    TLP_MODULE *reading;           // on the root: innermost module whose read is under way
+    TLP_MODULE *reading_outer;     // the one around it
+    int32_t reading_depth;         // on the root: how many there are
+    char file_name[TLP_NAME_SIZE]; // base name of the source file, upper case
+    TLP_SECTION *hidden_sections;  // of a delivered module: owned, but not shown
     TLT_STATEMENT **dropped; // parsed MODULE and BODY statements: in no section, but still named
     size_t dropped_count;
     size_t dropped_size; // bytes that the array has room for
@@ -127,6 +130,78 @@ void TLP_UsesRule(TLP_MODULE *module, TLT_STATEMENT *statement);
  * @return      type of section that it names, case included; -1 for none
  */
 int32_t TLP_FindSectionType(const char *word);
+
+/**
+ * Makes the module's domain with GLOBALS on it and the module's own name in that.
+ *
+ * @param module  the module, which has its name and no domain
+ */
+void TLP_MakeDomain(TLP_MODULE *module);
+
+/**
+ * Deletes the names of a module with its domain; functions are closed first.
+ *
+ * @param module  the module
+ */
+void TLP_DeleteDomain(TLP_MODULE *module);
+
+/**
+ * Deletes the modules read for USES, and what each of them is known by.
+ *
+ * @param module  the module
+ */
+void TLP_DeleteUsedModules(TLP_MODULE *module);
+
+/**
+ * Deletes the domain of a module's data types, if it has one.
+ *
+ * @param module  the module, which must not share it
+ */
+void TLP_DeleteDataTypes(TLP_MODULE *module);
+
+/**
+ * Closes the source files of a module.
+ *
+ * @param module  the module
+ */
+void TLP_CloseFiles(TLP_MODULE *module);
+
+/**
+ * Opens a source file on top of those being read, names the module after it and tells the hook.
+ *
+ * @param module          the module
+ * @param name            name of the file, as given
+ * @param is_main         nonzero to keep base name and extension as the module's source file
+ * @return                0 opened; 3 after a message; 6 it cannot be opened
+ */
+int32_t TLP_OpenFile(TLP_MODULE *module, const char *name, int32_t is_main);
+
+/**
+ * Reads the next statement. The one that begins a body makes its section the current one.
+ *
+ * @param module  the module, with an open file
+ * @return        the statement, the caller's; null at the end
+ */
+TLT_STATEMENT *TLP_ReadStatement(TLP_MODULE *module);
+
+/**
+ * Adds the messages of the current section to the status of section and module, and prints them if the
+ * module's flags say so.
+ *
+ * @param module  the module
+ */
+void TLP_CollectMessages(TLP_MODULE *module);
+
+/**
+ * Appends a statement to a growing array.
+ *
+ * @param statements  in and out: the array
+ * @param count       in and out: statements in it
+ * @param size        in and out: bytes that it has room for
+ * @param statement   the statement
+ */
+void TLP_AppendStatement(TLT_STATEMENT ***statements, size_t *count, size_t *size,
+                         TLT_STATEMENT *statement);
 
 /**
  * Finds a name as TLP_FindIdentifier does, of any class and without messages.

@@ -118,7 +118,7 @@ void TLT_AllMessages(TLT_STATEMENT *statement, TLT_MESSAGE_VISITOR visitor, void
 static void print_line(FILE *stream, const char *line, size_t length, int32_t prefix,
                        const char *source_name, int64_t column)
 {
-    int32_t shown = static_cast<int32_t>(length > LINE_LIMIT ? LINE_LIMIT : length);
+    int32_t shown = length > LINE_LIMIT ? int32_t{LINE_LIMIT} : static_cast<int32_t>(length);
     fprintf(stream, "%*s%.*s\n", prefix, "", shown, line);
     if (column < 0 || column > static_cast<int64_t>(length)) return;
     int64_t width = static_cast<int64_t>(strlen(source_name)) + column + PLACE_WIDTH;
