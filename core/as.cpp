@@ -84,6 +84,11 @@ int32_t AS_DelName(AS_DOMAIN *domain, const char *name)
     return 1;
 }
 
+int32_t AS_DomainSize(AS_DOMAIN *domain)
+{
+    return domain->count;
+}
+
 /** A stack of nodes on the way down. */
 struct NODE_STACK {
     AS_NODE **nodes;
