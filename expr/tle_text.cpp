@@ -251,7 +251,10 @@ static bool needs_brackets(const TLE_TERM *outer, const TLE_TERM *inner, bool is
     int32_t inner_level = level_of(inner);
     if (inner_level == LEVEL_OPERAND) return false;
     /* Two signs in a row would be read as one operator. */
-    if (inner_level == LEVEL_SIGN) return is_right || outer_level > LEVEL_SIGN;
+    if (inner_level == LEVEL_SIGN) {
+        bool meets_sign = outer_level == LEVEL_SUM || outer_level == LEVEL_SIGN;
+        return (is_right && meets_sign) || outer_level > LEVEL_SIGN;
+    }
     if (inner_level != outer_level) {
         return inner_level < outer_level || is_doubtful(outer_level, inner_level);
     }
