@@ -89,6 +89,11 @@ void TLE_DataTerm(TLC_STREAM *stream, TLE_TERM *term)
 
 void TLE_ArrayTerm(TLC_STREAM *stream, TLE_TERM *term)
 {
+    // An element by itself fits an array in a constant, but only a name has a place to refer to.
+    if (term->identifier == nullptr) {
+        TLE_CodeError(stream, term, "Bad data term");
+        return;
+    }
     TLI_IDENTIFIER *type = term->type;
     TLI_IDENTIFIER *element = TLIT_IsArrayType(type) ? TLIT_ArrayOf(type) : type;
     TLC_Symbol(stream, EXTERNAL, element, term->identifier);
