@@ -2,7 +2,6 @@
 #include "names/tlic.h"
 
 #include "codegen/tlc.h"
-#include "codegen/tlc.h"
 #include "expr/tle.h"
 #include <ostrum/tlit.h>
 #include <ostrum/tlt.h>
@@ -49,7 +48,7 @@ void print_value(FILE *stream, TLE_TERM *term, TLP_MODULE *module)
     if (term->kind == TLT_TOKEN_NUMBER) {
         fprintf(stream, "%d", static_cast<int32_t>(value));
     } else {
-        fprintf(stream, "\"%s\"", TLE_TermValue(term));
+        fprintf(stream, "\"%s\"", term->kind != TLT_TOKEN_NULL ? TLE_TermValue(term) : "");
     }
 }
 
