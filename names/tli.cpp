@@ -158,7 +158,7 @@ static TLI_IDENTIFIER *enter_identifier(TLI_SCOPE *scope, TLT_STATEMENT *stateme
 {
     if (class_record == nullptr) class_record = &name_class;
     TLI_IDENTIFIER *identifier = allocate_identifier("TLI:IDENTIFIER", class_record);
-    identifier->name = HS_NewName(scope->names, name, (intptr_t)identifier);
+    identifier->name = TLI_EnterName(scope, name, identifier);
     if (identifier->name == nullptr) {
         SH_Free(identifier);
         return nullptr;
@@ -254,7 +254,7 @@ TLI_IDENTIFIER *TLI_NewIdentifier(TLI_DOMAIN *data_types, TLI_DOMAIN *domain,
         TLT_Error(statement, text);
         return nullptr;
     }
-    TLI_IDENTIFIER *hidden = TLI_FindIdentifier(data_types, domain, name);
+    TLI_IDENTIFIER *hidden = TLI_FindHidden(data_types, domain, name);
     if (hidden != nullptr) hide_identifier(data_types, statement, hidden, name);
     return enter_identifier(scope, statement, name, type, class_record);
 }

@@ -41,6 +41,7 @@ struct TLI_SCOPE {
     HS_DOMAIN *names;           // name to TLI_IDENTIFIER
     TLI_IDENTIFIER *identifier; // function that owns the scope, or null
     TLI_UNLISTED *unlisted;
+    uint64_t filter; // bit for each hash modulo 64 of a name entered so far: most misses stop here
 };
 
 struct TLI_DOMAIN {
@@ -55,6 +56,13 @@ struct TLI_DOMAIN {
 // Allocates an identifier that stands in no scope, with a name of its own.
 TLI_IDENTIFIER *TLI_NewHiddenIdentifier(const char *tag, const char *name,
                                         const TLI_CLASS *class_record);
+
+// The identifier that a declaration in the domain's top scope would hide, or null.
+TLI_IDENTIFIER *TLI_FindHidden(const TLI_DOMAIN *data_types, const TLI_DOMAIN *domain,
+                               const char *name);
+
+// Enters an identifier in a scope's table; the stored name, or null if the scope has it already.
+const char *TLI_EnterName(TLI_SCOPE *scope, const char *name, TLI_IDENTIFIER *identifier);
 
 // Gives an identifier that owns its name, and stands in no table, to a scope.
 void TLI_OwnUnlisted(TLI_SCOPE *scope, TLI_IDENTIFIER *identifier);

@@ -14,23 +14,69 @@ static constexpr int64_t scope_size_limit = INT32_MAX - 1;
 
 // ---- Look-up ----
 
-TLI_IDENTIFIER *TLI_FindScopeIdentifier(const TLI_SCOPE *scope, const char *name)
+// A name on its way through several scopes.
+struct KEY {
+    const char *name;
+    size_t length;
+    uint32_t hash;
+};
+
+static KEY key_of(const char *name)
+{
+    const size_t length = strlen(name);
+    return { .name = name, .length = length, .hash = HS_Hash(name, length) };
+}
+
+static uint64_t filter_bit(const KEY &key)
+{
+    return UINT64_C(1) << (key.hash & 63);
+}
+
+static TLI_IDENTIFIER *find_in_scope(const TLI_SCOPE *scope, const KEY &key)
 {
     intptr_t found = 0;
-    if (!HS_FindName(scope->names, name, &found)) return nullptr;
+    if ((scope->filter & filter_bit(key)) == 0) return nullptr;
+    HS_FindHashed(scope->names, key.name, key.length, key.hash, &found);
     return reinterpret_cast<TLI_IDENTIFIER *>(found);
 }
 
-TLI_IDENTIFIER *TLI_FindDomainIdentifier(const TLI_DOMAIN *domain, const char *name)
+// From a scope down the stack; null is the end of it.
+static TLI_IDENTIFIER *find_from_scope(const TLI_SCOPE *scope, const KEY &key)
 {
-    const TLI_SCOPE *scope = domain->scope;
     while (scope != nullptr) {
-        TLI_IDENTIFIER *found = TLI_FindScopeIdentifier(scope, name);
+        TLI_IDENTIFIER *found = find_in_scope(scope, key);
         if (found != nullptr) return found;
         if (scope->next == scope) return nullptr;
         scope = scope->next;
     }
     return nullptr;
+}
+
+// The same, and then the data types and the language.
+static TLI_IDENTIFIER *find_plain(const TLI_DOMAIN *data_types, const TLI_SCOPE *scope,
+                                  const char *name)
+{
+    const KEY key = key_of(name);
+    TLI_IDENTIFIER *found = find_from_scope(scope, key);
+    if (found == nullptr && data_types != nullptr) found = find_from_scope(data_types->scope, key);
+    if (found != nullptr) return found;
+    return find_from_scope(TLIT_LanguageDomain()->scope, key);
+}
+
+TLI_IDENTIFIER *TLI_FindScopeIdentifier(const TLI_SCOPE *scope, const char *name)
+{
+    return find_in_scope(scope, key_of(name));
+}
+
+TLI_IDENTIFIER *TLI_FindDomainIdentifier(const TLI_DOMAIN *domain, const char *name)
+{
+    return find_from_scope(domain->scope, key_of(name));
+}
+
+const char *TLI_EnterName(TLI_SCOPE *scope, const char *name, TLI_IDENTIFIER *identifier)
+{
+    scope->filter |= filter_bit(key_of(name));
+    return HS_NewName(scope->names, name, (intptr_t)identifier);
 }
 
 // "qualifier.name": the used domain, the used scope or the domain itself of that name decides.
@@ -48,18 +94,33 @@ static TLI_IDENTIFIER *find_qualified(const TLI_DOMAIN *domain, const char *qual
     return nullptr;
 }
 
+// 1 and the result if the name is a qualified one: with a "." among its first 31 characters.
+static bool is_qualified(const TLI_DOMAIN *domain, const char *name, TLI_IDENTIFIER **found)
+{
+    const char *dot = strchr(name, '.');
+    if (dot == nullptr || dot - name >= TLI_NAME_CAPACITY - 1) return false;
+    char qualifier[TLI_NAME_CAPACITY];
+    ST_Copy(qualifier, TLI_NAME_CAPACITY, name);
+    qualifier[dot - name] = '\0';
+    *found = find_qualified(domain, qualifier, &qualifier[dot - name + 1]);
+    return true;
+}
+
 TLI_IDENTIFIER *TLI_FindIdentifier(const TLI_DOMAIN *data_types, const TLI_DOMAIN *domain,
                                    const char *name)
 {
-    char qualifier[TLI_NAME_CAPACITY];
-    ST_Copy(qualifier, TLI_NAME_CAPACITY, name);
-    char *dot = strchr(qualifier, '.');
-    if (dot != nullptr) {
-        *dot = '\0';
-        return find_qualified(domain, qualifier, dot + 1);
-    }
-    TLI_IDENTIFIER *found = TLI_FindDomainIdentifier(domain, name);
-    return found != nullptr ? found : TLIT_FindType(data_types, name);
+    TLI_IDENTIFIER *found = nullptr;
+    if (is_qualified(domain, name, &found)) return found;
+    return find_plain(data_types, domain->scope, name);
+}
+
+TLI_IDENTIFIER *TLI_FindHidden(const TLI_DOMAIN *data_types, const TLI_DOMAIN *domain,
+                               const char *name)
+{
+    TLI_IDENTIFIER *found = nullptr;
+    if (is_qualified(domain, name, &found)) return found;
+    const TLI_SCOPE *top = domain->scope;
+    return find_plain(data_types, top->next != top ? top->next : nullptr, name);
 }
 
 // ---- Domains ----
