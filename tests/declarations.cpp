@@ -7,7 +7,6 @@
 #include "names/tliv.h"
 #include "tests/parsed_source.h"
 
-#include <algorithm>
 #include <gtest/gtest.h>
 #include <ostrum/eep.h>
 #include <ostrum/tlit.h>

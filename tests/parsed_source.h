@@ -4,6 +4,7 @@
 
 #include "frontend/tlp.h"
 
+#include <algorithm>
 #include <ostrum/tlcg.h>
 #include <ostrum/tli.h>
 #include <ostrum/tlt.h>
