@@ -275,7 +275,7 @@ static void take_number(const READER &reader, TLE_TERM *term)
     int32_t units = 0;
     term->value = TLT_GetNumber(reader.statement, &units);
     term->type = TLIT_GetQuantityType(units);
-    const char *text = statement->token_text;
+    const char *text = TLT_TokenText(statement);
     if (text == nullptr) return;
     if (text == term->start && *text >= '0' && *text <= '9') {
         term->flags |= TLE_IS_SOURCE;
@@ -329,7 +329,7 @@ static void take_token(const READER &reader, TLE_TERM *term)
     term->start = TLT_StatementReadPosition(statement);
     term->line = statement->source_line_number;
     term->kind = static_cast<int8_t>(TLT_GetToken(statement, nullptr));
-    const char *text = statement->token_text;
+    const char *text = TLT_TokenText(statement);
     const int32_t length = statement->token_length;
     switch (term->kind) {
     case TLT_TOKEN_IDENTIFIER:
@@ -415,7 +415,7 @@ static TLE_TERM *parse_field(const READER &reader, const TLI_IDENTIFIER *record)
     term->start = TLT_StatementReadPosition(statement);
     term->line = statement->source_line_number;
     term->kind = static_cast<int8_t>(TLT_GetToken(statement, nullptr));
-    copy_name(name, statement->token_text, statement->token_length);
+    copy_name(name, TLT_TokenText(statement), statement->token_length);
     set_identifier(term, find_field(reader, record, name), name);
     if (term->identifier != nullptr && TLT_NextToken(statement, nullptr) == TLT_TOKEN_OPEN_SQUARE)
         parse_subscript(reader, term);

@@ -220,7 +220,9 @@ static int32_t level_status(int32_t level)
 static void collect_statement(TLP_MODULE *module, TLT_STATEMENT *statement)
 {
     bool prints = (module->flags & TLP_FLAG_PRINT_MESSAGES) != 0 && module->output != nullptr;
-    for (TLT_MESSAGE *message = statement->messages; message != nullptr; message = message->next) {
+    if (statement->extra == nullptr) return;
+    for (TLT_MESSAGE *message = statement->extra->messages; message != nullptr;
+         message = message->next) {
         int32_t status = level_status(message->level);
         raise_status(&module->current_section->status, status);
         raise_status(&module->status, status);

@@ -15,6 +15,9 @@ enum {
     LINE_SIZE = 512, // bytes of a physical line handed out, terminator included
 };
 
+/** Longest text of a statement, so that each place in it is a column of 32 bits. */
+static constexpr size_t longest_text = INT32_MAX - 1;
+
 void TLT_Initialise(void)
 {
     static int32_t is_initialised;
@@ -73,14 +76,14 @@ static void expand_tabs(char *out, const char *text, size_t length)
 static TLT_STATEMENT *make_statement(const char *text, size_t length)
 {
     bool has_tabs = memchr(text, '\t', length) != nullptr;
+    if (length > longest_text / TAB_STOP) length = longest_text / TAB_STOP;
     size_t size = has_tabs ? expanded_length(text, length) : length;
     auto *statement =
         static_cast<TLT_STATEMENT *>(SH_AllocateBytes(sizeof(TLT_STATEMENT) + size + 1));
-    statement->chars = reinterpret_cast<char *>(statement + 1);
     if (has_tabs)
-        expand_tabs(statement->chars, text, length);
+        expand_tabs(TLT_Chars(statement), text, length);
     else
-        memcpy(statement->chars, text, length);
+        memcpy(TLT_Chars(statement), text, length);
     return statement;
 }
 
@@ -92,9 +95,8 @@ TLT_STATEMENT *TLT_NewSpanStatement(const char *text, size_t length, TLT_SOURCE_
     source->users++;
     statement->source_line_number = source_line_number;
     statement->line_number = line_number;
+    statement->token_offset = TLT_NO_TEXT;
     TLT_ResetStatement(statement, 0);
-    while (statement->chars[statement->indent] == ' ')
-        statement->indent++;
     return statement;
 }
 
@@ -108,19 +110,28 @@ TLT_STATEMENT *TLT_NewStatement(const char *text, const char *source_name,
     return statement;
 }
 
+TLT_EXTRA *TLT_Extra(TLT_STATEMENT *statement)
+{
+    if (statement->extra == nullptr)
+        statement->extra =
+            static_cast<TLT_EXTRA *>(SH_NameAllocate(int32_t{ sizeof(TLT_EXTRA) }, "TLT:EXTRA"));
+    return statement->extra;
+}
+
 void TLT_DelStatement(TLT_STATEMENT *statement)
 {
     if (statement == nullptr) return;
     TLT_FreeMessages(statement);
     TLT_DropSourceName(statement->source);
-    SH_Free(statement->token_block);
+    if (statement->extra != nullptr) SH_Free(statement->extra->token_block);
+    SH_Free(statement->extra);
     SH_Free(statement);
 }
 
 void TLT_ResetStatement(TLT_STATEMENT *statement, int32_t keep_messages)
 {
     statement->token_code = TLT_TOKEN_NONE;
-    statement->read_position = statement->chars;
+    statement->read_offset = 0;
     statement->error_level = TLT_LEVEL_OK;
     if (!keep_messages) TLT_FreeMessages(statement);
     TLT_SkipBlanks(statement);
@@ -140,7 +151,7 @@ static void visit_continued(const char *line, size_t length, TLT_LINE_VISITOR vi
 
 void TLT_SplitStatement(TLT_STATEMENT *statement, TLT_LINE_VISITOR visitor, void *context)
 {
-    const char *line = statement->chars;
+    const char *line = TLT_Chars(statement);
     for (const char *end = strchr(line, '\n'); end != nullptr; end = strchr(line, '\n')) {
         visit_continued(line, static_cast<size_t>(end - line), visitor, context);
         line = end + 1;
@@ -150,7 +161,7 @@ void TLT_SplitStatement(TLT_STATEMENT *statement, TLT_LINE_VISITOR visitor, void
 
 const char *TLT_StatementChars(TLT_STATEMENT *statement)
 {
-    return statement->chars;
+    return TLT_Chars(statement);
 }
 
 const char *TLT_StatementModuleName(TLT_STATEMENT *statement)
@@ -180,7 +191,7 @@ void TLT_SetStatementLineNumber(TLT_STATEMENT *statement, int32_t line_number)
 
 int32_t TLT_StatementIndent(TLT_STATEMENT *statement)
 {
-    return statement->indent;
+    return static_cast<int32_t>(strspn(TLT_Chars(statement), " "));
 }
 
 int32_t TLT_StatementError(TLT_STATEMENT *statement)
@@ -190,5 +201,5 @@ int32_t TLT_StatementError(TLT_STATEMENT *statement)
 
 const char *TLT_StatementReadPosition(TLT_STATEMENT *statement)
 {
-    return statement->token_start;
+    return TLT_Chars(statement) + statement->token_start;
 }

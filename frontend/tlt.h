@@ -15,30 +15,52 @@ struct TLT_SOURCE_NAME {
     int32_t users;    // statements and holders; the last one frees it
 };
 
+/** What few statements have. */
+struct TLT_EXTRA {
+    TLT_MESSAGE *messages;
+    TLT_MESSAGE *last_message; // undefined without messages
+    char *token_block;         // text of the last token; null where it lies in chars
+};
+
+enum : uint32_t {
+    TLT_IN_BLOCK = UINT32_MAX - 1, // token_offset of a text that does not lie in chars
+    TLT_NO_TEXT = UINT32_MAX,      // of a token without a text
+};
+
 /**
- * One logical line. The record and its chars are one block. The text of a token is a piece of chars where
- * it stands there as it is, and a block of its own only where it does not, or where a caller wants it
- * terminated.
+ * One logical line. The record and its chars are one block, and kept small: there is one for each line of
+ * source. The text of a token is a piece of chars where it stands there as it is, and a block of its own
+ * only where it does not, or where a caller wants it terminated.
  */
 struct TLT_STATEMENT {
     TLT_SOURCE_NAME *source;
-    char *chars; // behind the record, tabs expanded
+    TLT_EXTRA *extra; // owned; null without messages and without a block
     int32_t source_line_number;
     int32_t line_number;
-    int32_t error_level; // highest since the last reset
-    int32_t indent;
-    char *read_position;  // next character that the scanner looks at
-    char *token_start;    // of the token behind the last consumed one
-    int32_t token_code;   // look-ahead, TLT_TOKEN_NONE without one
-    int32_t token_length; // of token_text
-    const char
-        *token_text;   // of the last token; null for none; terminated only if it is token_block
-    char *token_block; // owned; null while token_text lies in chars
+    uint32_t read_offset;  // in chars, of the next character that the scanner looks at
+    uint32_t token_start;  // of the token behind the last consumed one
+    uint32_t token_offset; // of the text of the last token
+    int32_t token_length;  // of that text
     int32_t number;
-    int32_t units;
-    TLT_MESSAGE *messages;
-    TLT_MESSAGE *last_message; // undefined without messages
+    uint8_t units;
+    uint8_t token_code;  // look-ahead, TLT_TOKEN_NONE without one
+    uint8_t error_level; // highest since the last reset
 };
+static_assert(TLT_TOKEN_COUNT <= UINT8_MAX, "token codes fit a byte");
+
+/** The text of a statement, tabs expanded. */
+static inline char *TLT_Chars(const TLT_STATEMENT *statement)
+{
+    return const_cast<char *>(reinterpret_cast<const char *>(statement + 1));
+}
+
+/** Text of the last token, token_length bytes and not always terminated; null for none. */
+static inline const char *TLT_TokenText(const TLT_STATEMENT *statement)
+{
+    if (statement->token_offset == TLT_NO_TEXT) return nullptr;
+    if (statement->token_offset == TLT_IN_BLOCK) return statement->extra->token_block;
+    return TLT_Chars(statement) + statement->token_offset;
+}
 
 /**
  * Makes a name that statements can share.
@@ -78,6 +100,9 @@ TLT_STATEMENT *TLT_NewSpanStatement(const char *text, size_t length, TLT_SOURCE_
  */
 __attribute__((format(printf, 3, 4))) int32_t
 TLT_RaiseFormatted(TLT_STATEMENT *statement, int32_t level, const char *format, ...);
+
+/** The statement's extra record, made if it has none. */
+TLT_EXTRA *TLT_Extra(TLT_STATEMENT *statement);
 
 /**
  * Frees the messages of a statement and leaves its error level alone.

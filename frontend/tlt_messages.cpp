@@ -29,12 +29,13 @@ static void store_message(TLT_STATEMENT *statement, int32_t level, const char *t
     auto *message = static_cast<TLT_MESSAGE *>(SH_AllocateBytes(sizeof(TLT_MESSAGE) + size));
     message->text = static_cast<char *>(memcpy(message + 1, text, size));
     message->level = level;
-    if (statement->messages == nullptr)
-        statement->messages = message;
+    TLT_EXTRA *extra = TLT_Extra(statement);
+    if (extra->messages == nullptr)
+        extra->messages = message;
     else
-        statement->last_message->next = message;
-    statement->last_message = message;
-    if (statement->error_level < level) statement->error_level = level;
+        extra->last_message->next = message;
+    extra->last_message = message;
+    if (statement->error_level < level) statement->error_level = static_cast<uint8_t>(level);
 }
 
 static int32_t raise_message(TLT_STATEMENT *statement, int32_t level, const char *text)
@@ -76,13 +77,14 @@ int32_t TLT_RaiseFormatted(TLT_STATEMENT *statement, int32_t level, const char *
 
 void TLT_FreeMessages(TLT_STATEMENT *statement)
 {
-    TLT_MESSAGE *message = statement->messages;
+    if (statement->extra == nullptr) return;
+    TLT_MESSAGE *message = statement->extra->messages;
     while (message != nullptr) {
         TLT_MESSAGE *next = message->next;
         SH_Free(message);
         message = next;
     }
-    statement->messages = nullptr;
+    statement->extra->messages = nullptr;
 }
 
 void TLT_DefaultMessageHandler(TLT_MESSAGE_HANDLER handler)
@@ -110,7 +112,9 @@ int32_t TLT_ErrorCount(void)
 
 void TLT_AllMessages(TLT_STATEMENT *statement, TLT_MESSAGE_VISITOR visitor, void *context)
 {
-    for (TLT_MESSAGE *message = statement->messages; message != nullptr; message = message->next)
+    if (statement->extra == nullptr) return;
+    for (TLT_MESSAGE *message = statement->extra->messages; message != nullptr;
+         message = message->next)
         visitor(context, statement, message->level, message->text);
 }
 
@@ -118,7 +122,7 @@ void TLT_AllMessages(TLT_STATEMENT *statement, TLT_MESSAGE_VISITOR visitor, void
 static void print_line(FILE *stream, const char *line, size_t length, int32_t prefix,
                        const char *source_name, int64_t column)
 {
-    int32_t shown = length > LINE_LIMIT ? int32_t{LINE_LIMIT} : static_cast<int32_t>(length);
+    int32_t shown = length > LINE_LIMIT ? int32_t{ LINE_LIMIT } : static_cast<int32_t>(length);
     fprintf(stream, "%*s%.*s\n", prefix, "", shown, line);
     if (column < 0 || column > static_cast<int64_t>(length)) return;
     int64_t width = static_cast<int64_t>(strlen(source_name)) + column + PLACE_WIDTH;
@@ -129,7 +133,7 @@ void TLT_PrintStatement(FILE *stream, TLT_STATEMENT *statement, int32_t column)
 {
     const char *name = statement->source->text;
     fprintf(stream, "%s, Line %-4d ", name, statement->source_line_number);
-    const char *line = statement->chars;
+    const char *line = TLT_Chars(statement);
     int64_t rest = column;
     int32_t prefix = 0;
     for (;;) {
@@ -145,8 +149,7 @@ void TLT_PrintStatement(FILE *stream, TLT_STATEMENT *statement, int32_t column)
 void TLT_PrintMessage(FILE *stream, TLT_STATEMENT *statement, int32_t level, const char *text)
 {
     if (statement != nullptr)
-        TLT_PrintStatement(stream, statement,
-                           static_cast<int32_t>(statement->read_position - statement->chars));
+        TLT_PrintStatement(stream, statement, static_cast<int32_t>(statement->read_offset));
     bool is_known = level >= 0 && level < TLT_LEVEL_COUNT;
     fprintf(stream, "%s : %s\n\n", is_known ? level_texts[level] : level_texts[TLT_LEVEL_FATAL],
             text);

@@ -72,44 +72,56 @@ static void append(char c)
     scratch[scratch_length++] = c;
 }
 
+static inline const char *position(const TLT_STATEMENT *statement)
+{
+    return TLT_Chars(statement) + statement->read_offset;
+}
+
+static inline void move_to(TLT_STATEMENT *statement, const char *place)
+{
+    statement->read_offset = static_cast<uint32_t>(place - TLT_Chars(statement));
+}
+
 /** Next character, line feeds left out; 0 at the end of the text. */
 static inline char peek(TLT_STATEMENT *statement)
 {
-    while (*statement->read_position == '\n')
-        statement->read_position++;
-    return *statement->read_position;
+    const char *place = position(statement);
+    while (*place == '\n')
+        place++;
+    move_to(statement, place);
+    return *place;
 }
 
 /** Takes the next character; the end of the text can be taken any number of times. */
 static inline char take(TLT_STATEMENT *statement)
 {
     char c = peek(statement);
-    if (c != 0) statement->read_position++;
+    if (c != 0) statement->read_offset++;
     return c;
 }
 
 /** First character that is neither a space nor in a comment. Line feeds are passed over as well. */
-static char *skip_blanks(char *position)
+static const char *skip_blanks(const char *place)
 {
     for (;;) {
-        while (*position == ' ' || *position == '\n')
-            position++;
-        if (*position != ';') return position;
-        position = position + strcspn(position, "\n");
-        if (*position == '\n') position++;
+        while (*place == ' ' || *place == '\n')
+            place++;
+        if (*place != ';') return place;
+        place = place + strcspn(place, "\n");
+        if (*place == '\n') place++;
     }
 }
 
 void TLT_SkipBlanks(TLT_STATEMENT *statement)
 {
-    statement->read_position = skip_blanks(statement->read_position);
-    statement->token_start = statement->read_position;
+    move_to(statement, skip_blanks(position(statement)));
+    statement->token_start = statement->read_offset;
 }
 
-/** Sets the token's text to a piece of chars, or of a constant. */
+/** Sets the token's text to a piece of chars. */
 static inline void set_piece(TLT_STATEMENT *statement, const char *text, size_t length)
 {
-    statement->token_text = text;
+    statement->token_offset = static_cast<uint32_t>(text - TLT_Chars(statement));
     statement->token_length = static_cast<int32_t>(length);
 }
 
@@ -120,15 +132,17 @@ static void set_copy(TLT_STATEMENT *statement, const char *text, size_t length)
     if (zero != nullptr) length = static_cast<size_t>(static_cast<const char *>(zero) - text);
     auto *block = static_cast<char *>(SH_AllocateBytes(length + 1));
     if (length > 0) memcpy(block, text, length);
-    SH_Free(statement->token_block);
-    statement->token_block = block;
-    set_piece(statement, block, length);
+    TLT_EXTRA *extra = TLT_Extra(statement);
+    SH_Free(extra->token_block);
+    extra->token_block = block;
+    statement->token_offset = TLT_IN_BLOCK;
+    statement->token_length = static_cast<int32_t>(length);
 }
 
 /** Sets the text to what was put together, as a piece of chars if it stands at start unbroken. */
 static void set_scratch(TLT_STATEMENT *statement, const char *start)
 {
-    if (static_cast<size_t>(statement->read_position - start) == scratch_length)
+    if (static_cast<size_t>(position(statement) - start) == scratch_length)
         set_piece(statement, start, scratch_length);
     else
         set_copy(statement, scratch, scratch_length);
@@ -149,16 +163,11 @@ static void take_field(TLT_STATEMENT *statement, uint8_t bits, size_t limit)
     }
 }
 
-/** Sets code and text of an identifier or keyword. */
-static void finish_word(TLT_STATEMENT *statement, const char *word, size_t length)
+/** Code of a word; a leading "_" makes an identifier of it. */
+static uint8_t word_code(const char *word, size_t length)
 {
-    if (word[0] == '_') {
-        set_piece(statement, word + 1, length - 1);
-        statement->token_code = TLT_TOKEN_IDENTIFIER;
-        return;
-    }
-    set_piece(statement, word, length);
-    statement->token_code = TLT_FindKeyword(word, length);
+    if (word[0] == '_') return TLT_TOKEN_IDENTIFIER;
+    return static_cast<uint8_t>(TLT_FindKeyword(word, length));
 }
 
 /** A word that is cut, or that runs on over a line feed. */
@@ -166,14 +175,15 @@ static void scan_broken_word(TLT_STATEMENT *statement)
 {
     scratch_length = 0;
     take_field(statement, WORD, WORD_LIMIT);
-    finish_word(statement, scratch, scratch_length);
-    set_copy(statement, statement->token_text, static_cast<size_t>(statement->token_length));
+    size_t mark = scratch[0] == '_' ? 1 : 0;
+    statement->token_code = word_code(scratch, scratch_length);
+    set_copy(statement, scratch + mark, scratch_length - mark);
 }
 
 static void scan_word(TLT_STATEMENT *statement)
 {
-    char *start = statement->read_position;
-    char *end = start + 1;
+    const char *start = position(statement);
+    const char *end = start + 1;
     while (is_class(*end, WORD))
         end++;
     auto length = static_cast<size_t>(end - start);
@@ -181,8 +191,10 @@ static void scan_word(TLT_STATEMENT *statement)
         scan_broken_word(statement);
         return;
     }
-    statement->read_position = end;
-    finish_word(statement, start, length);
+    size_t mark = *start == '_' ? 1 : 0;
+    move_to(statement, end);
+    statement->token_code = word_code(start, length);
+    set_piece(statement, start + mark, length - mark);
 }
 
 static uint32_t digit_value(char c)
@@ -242,7 +254,7 @@ static void apply_unit(TLT_STATEMENT *statement, const TLT_UNIT *unit, float fra
     double whole = static_cast<uint32_t>(statement->number);
     double exact = (whole + fraction - unit->offset) * unit->scale;
     double result = static_cast<float>(exact);
-    statement->units = unit->quantity;
+    statement->units = static_cast<uint8_t>(unit->quantity);
     if (result > largest) TLT_Error(statement, "Constant out of range");
     // The largest whole number times the largest scale fits 64 bits; the low 32 are kept.
     statement->number = static_cast<int32_t>(static_cast<uint32_t>(static_cast<int64_t>(result)));
@@ -271,7 +283,7 @@ static bool begins_unit(char c)
 /** A number with a fraction or a unit, or one over a line feed: its digits come from the start. */
 static void scan_long_number(TLT_STATEMENT *statement)
 {
-    const char *start = statement->read_position;
+    const char *start = position(statement);
     scratch_length = 0;
     if (peek(statement) == '0') {
         append(take(statement));
@@ -298,8 +310,8 @@ static void scan_long_number(TLT_STATEMENT *statement)
 
 static void scan_number(TLT_STATEMENT *statement)
 {
-    char *start = statement->read_position;
-    char *end = start + 1;
+    const char *start = position(statement);
+    const char *end = start + 1;
     while (is_class(*end, DIGIT))
         end++;
     auto length = static_cast<size_t>(end - start);
@@ -307,7 +319,7 @@ static void scan_number(TLT_STATEMENT *statement)
         scan_long_number(statement);
         return;
     }
-    statement->read_position = end;
+    move_to(statement, end);
     set_number(statement, digits_value(start, length, 10));
     set_piece(statement, start, length);
 }
@@ -383,9 +395,9 @@ static void scan_broken_literal(TLT_STATEMENT *statement, char delimiter)
 static void check_data_identifier(TLT_STATEMENT *statement)
 {
     auto length = static_cast<size_t>(statement->token_length);
-    const void *slash = length == 0 ? nullptr : memchr(statement->token_text, '/', length);
-    if (slash != nullptr)
-        length = static_cast<size_t>(static_cast<const char *>(slash) - statement->token_text);
+    const char *text = TLT_TokenText(statement);
+    const void *slash = length == 0 ? nullptr : memchr(text, '/', length);
+    if (slash != nullptr) length = static_cast<size_t>(static_cast<const char *>(slash) - text);
     if (length > IDENTIFIER_LIMIT) TLT_Error(statement, "Data identifier too long");
     if (length == 0) TLT_Error(statement, "No data identifier");
 }
@@ -393,15 +405,15 @@ static void check_data_identifier(TLT_STATEMENT *statement)
 static void scan_literal(TLT_STATEMENT *statement, char delimiter)
 {
     take(statement);
-    char *start = statement->read_position;
-    char *end = start;
+    const char *start = position(statement);
+    const char *end = start;
     while (*end != delimiter && *end != '\\' && *end != '\n' && *end != 0)
         end++;
     if (*end != delimiter) {
         scan_broken_literal(statement, delimiter);
         return;
     }
-    statement->read_position = end + 1;
+    move_to(statement, end + 1);
     set_piece(statement, start, static_cast<size_t>(end - start));
 }
 
@@ -475,11 +487,16 @@ static uint8_t double_separator(char first, char second)
     return TLT_TOKEN_STRANGE;
 }
 
-static void set_separator(TLT_STATEMENT *statement, uint8_t code)
+/** A separator that ends at the read position; its characters may have line feeds between them. */
+static void set_separator(TLT_STATEMENT *statement, uint8_t code, const char *start)
 {
     const char *text = TLT_TokenValue(code);
+    size_t length = text[1] == 0 ? 1 : 2;
     statement->token_code = code;
-    set_piece(statement, text, text[1] == 0 ? 1 : 2);
+    if (memcmp(start, text, length) == 0)
+        set_piece(statement, start, length);
+    else
+        set_copy(statement, text, length);
 }
 
 /** Reports what was tried, and drops one character more. */
@@ -494,17 +511,18 @@ static void report_strange(TLT_STATEMENT *statement, const char *tried, size_t l
 
 static void scan_separator(TLT_STATEMENT *statement)
 {
+    const char *start = position(statement);
     char tried[TRIED_COUNT] = { take(statement), peek(statement) };
     uint8_t code = single_separators[static_cast<uint8_t>(tried[0])];
     bool has_second = !is_class(tried[1], LETTER | DIGIT | SPACE);
     uint8_t both = has_second ? double_separator(tried[0], tried[1]) : uint8_t{ TLT_TOKEN_STRANGE };
     if (both != TLT_TOKEN_STRANGE) {
         take(statement);
-        set_separator(statement, both);
+        set_separator(statement, both, start);
         return;
     }
     if (code != TLT_TOKEN_STRANGE) {
-        set_separator(statement, code);
+        set_separator(statement, code, start);
         return;
     }
     if (has_second) take(statement);
@@ -514,14 +532,15 @@ static void scan_separator(TLT_STATEMENT *statement)
 /** Scans the next token into the look-ahead. */
 static void scan_token(TLT_STATEMENT *statement)
 {
-    if (statement->token_block != nullptr) {
-        SH_Free(statement->token_block);
-        statement->token_block = nullptr;
+    if (statement->token_offset == TLT_IN_BLOCK) {
+        SH_Free(statement->extra->token_block);
+        statement->extra->token_block = nullptr;
     }
-    statement->token_text = nullptr;
+    statement->token_offset = TLT_NO_TEXT;
     statement->token_length = 0;
-    statement->read_position = skip_blanks(statement->read_position);
-    char c = *statement->read_position;
+    const char *place = skip_blanks(position(statement));
+    move_to(statement, place);
+    char c = *place;
     if (c == 0)
         statement->token_code = TLT_TOKEN_END_OF_LINE;
     else if (is_class(c, LETTER) || c == '_')
@@ -546,7 +565,7 @@ static void copy_text(TLT_STATEMENT *statement, char *text)
         TLT_Error(statement, "String too long");
         length = TLT_TEXT_SIZE - 1;
     }
-    if (length > 0) memcpy(text, statement->token_text, static_cast<size_t>(length));
+    if (length > 0) memcpy(text, TLT_TokenText(statement), static_cast<size_t>(length));
     text[length] = 0;
 }
 
@@ -586,9 +605,11 @@ int32_t TLT_Expect(TLT_STATEMENT *statement, int32_t code, char *text)
 int32_t TLT_ExpectNoCopy(TLT_STATEMENT *statement, int32_t code, const char **text)
 {
     int32_t found = TLT_GetToken(statement, nullptr);
-    if (statement->token_text != statement->token_block)
-        set_copy(statement, statement->token_text, static_cast<size_t>(statement->token_length));
-    if (text != nullptr) *text = statement->token_text;
+    bool is_piece =
+        statement->token_offset != TLT_NO_TEXT && statement->token_offset != TLT_IN_BLOCK;
+    if (is_piece)
+        set_copy(statement, TLT_TokenText(statement), static_cast<size_t>(statement->token_length));
+    if (text != nullptr) *text = TLT_TokenText(statement);
     return check_code(statement, found, code);
 }
 
