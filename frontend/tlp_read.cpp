@@ -80,7 +80,7 @@ static int32_t begin_module(TLP_MODULE *module)
 /** Files and parses one statement by the read mode. Gives nonzero to stop. */
 static int32_t take_statement(TLP_MODULE *module, TLT_STATEMENT *statement)
 {
-    int32_t token = TLT_NextToken(statement, nullptr);
+    int32_t token = TLT_FirstKeyword(statement);
     bool is_kept = token != TLT_TOKEN_MODULE && token != TLT_TOKEN_BODY;
     if (is_kept) TLP_AddStatement(module->current_section, statement);
     if (module->read_mode == TLP_READ_SECTIONS) {

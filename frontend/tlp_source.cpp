@@ -335,7 +335,7 @@ static void begin_section(TLP_MODULE *module, TLT_STATEMENT *statement)
 static bool begins_body(TLP_MODULE *module, TLT_STATEMENT *statement)
 {
     if (!module->private_flag || module->open_functions != nullptr) return false;
-    int32_t code = TLT_NextToken(statement, nullptr);
+    int32_t code = TLT_FirstKeyword(statement);
     return code == TLT_TOKEN_FUNCTION || code == TLT_TOKEN_TREE || code == TLT_TOKEN_DATA;
 }
 

@@ -127,6 +127,15 @@ void TLT_SkipBlanks(TLT_STATEMENT *statement);
  */
 int32_t TLT_FindKeyword(const char *word, size_t length);
 
+/**
+ * Looks at a statement's first word without scanning it, so that nothing is raised: the parser that reads
+ * the statement will.
+ *
+ * @param statement  the statement
+ * @return           code of the keyword that it begins with; TLT_TOKEN_IDENTIFIER if it is none
+ */
+int32_t TLT_FirstKeyword(const TLT_STATEMENT *statement);
+
 /** One unit word. */
 struct TLT_UNIT {
     float scale;      // base counts in one of this unit

@@ -557,6 +557,20 @@ static void scan_token(TLT_STATEMENT *statement)
         scan_separator(statement);
 }
 
+int32_t TLT_FirstKeyword(const TLT_STATEMENT *statement)
+{
+    char word[WORD_LIMIT];
+    size_t length = 0;
+    const char *place = skip_blanks(TLT_Chars(statement));
+    if (!is_class(*place, LETTER)) return TLT_TOKEN_IDENTIFIER;
+    for (; is_class(*place, WORD) || *place == '\n'; place++) {
+        if (*place == '\n') continue;
+        if (length == WORD_LIMIT) return TLT_TOKEN_IDENTIFIER;
+        word[length++] = *place;
+    }
+    return TLT_FindKeyword(word, length);
+}
+
 /** Copies the token's text out; a longer one than fits is an error each time. */
 static void copy_text(TLT_STATEMENT *statement, char *text)
 {

@@ -104,6 +104,17 @@ TEST_F(ModulesSections, BadSourcesAreReported)
     }
 }
 
+TEST_F(ModulesSections, TheReaderLeavesScannerErrorsToTheParser)
+{
+    read_text("MODULE M\nPRIVATE\nFUNC\\\nTION VOID F()\n? x\n", TLP_READ_SECTIONS);
+    EXPECT_EQ(folder_messages, "");
+    EXPECT_EQ(sections(), "HEADER/0:1;F/1:2;");
+    TLP_ParseSection(module, module->sections);
+    TLP_ParseSection(module, module->last_section);
+    EXPECT_EQ(folder_messages, "3 Strange Separator : '?'\n3 TYPE expected here\n"
+                               "3 Missing 'END'\n");
+}
+
 TEST_F(ModulesSections, FilesAreFoundByNameListAndExtension)
 {
     const std::string source = "MODULE X\nPRIVATE\n";
