@@ -1,15 +1,54 @@
 /*
  * Storage: the one place where the library takes and gives back blocks, and the one place where it
  * runs out of them.
+ *
+ * The compiler makes millions of records of a few dozen bytes. They are cut from regions and, once
+ * freed, kept in lists by size, so that both take a few instructions. A word before each block tells
+ * its list. Larger blocks come from the C library. Under a sanitizer every block does, so that it
+ * sees each by itself.
  */
 #include "core/sh.h"
+
+#include "host/host.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 
+#if defined(__SANITIZE_ADDRESS__)
+static constexpr bool has_lists = false;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+static constexpr bool has_lists = false;
+#else
+static constexpr bool has_lists = true;
+#endif
+#else
+static constexpr bool has_lists = true;
+#endif
+
+static constexpr size_t grain = 8;            // sizes and addresses are multiples of it
+static constexpr size_t largest_listed = 512; // bytes of a block
+static constexpr size_t list_count = largest_listed / grain + 1;
+static constexpr size_t first_region_size = 1 << 16;
+static constexpr size_t largest_region_size = 1 << 23;
+
 // From here on the allocator's own zero pages are cheaper than clearing a block that was used before.
 static constexpr size_t large_block = 65536;
+
+/** The word before a block, and the block's link while it is free. */
+struct HEADER {
+    uint64_t list; // number of its list; 0 for a block of the C library
+};
+
+struct FREE_BLOCK {
+    FREE_BLOCK *next;
+};
+
+static FREE_BLOCK *free_blocks[list_count];
+static char *region_next; // what is left of the newest region, all zero
+static size_t region_left;
+static size_t region_size = first_region_size;
 
 [[noreturn]] static void end_exhausted()
 {
@@ -23,21 +62,75 @@ static size_t block_size(size_t size)
     return (size + 3) / 4 * 4 + 4;
 }
 
+static HEADER *header_of(void *block)
+{
+    return static_cast<HEADER *>(block) - 1;
+}
+
+// --- blocks of the C library ---
+
+static void *allocate_alone(size_t bytes)
+{
+    // calloc passes by the C library's quickest lists
+    const bool is_large = bytes >= large_block;
+    auto *header = static_cast<HEADER *>(is_large ? std::calloc(1, bytes + sizeof(HEADER))
+                                                  : std::malloc(bytes + sizeof(HEADER)));
+    if (header == nullptr) end_exhausted();
+    header->list = 0;
+    return is_large ? header + 1 : std::memset(header + 1, 0, bytes);
+}
+
+static void *grow_alone(void *block, size_t bytes)
+{
+    auto *header = static_cast<HEADER *>(std::realloc(header_of(block), bytes + sizeof(HEADER)));
+    if (header == nullptr) end_exhausted();
+    return header + 1;
+}
+
+// --- blocks of the lists ---
+
+/** Takes a new region; what was left of the one before is given up. */
+static void open_region()
+{
+    region_next = static_cast<char *>(HOST_ReserveStorage(region_size));
+    if (region_next == nullptr) end_exhausted();
+    region_left = region_size;
+    if (region_size < largest_region_size) region_size *= 2;
+}
+
+static void *cut_from_region(size_t list)
+{
+    const size_t bytes = list * grain + sizeof(HEADER);
+    if (bytes > region_left) open_region();
+    auto *header = reinterpret_cast<HEADER *>(region_next);
+    region_next += bytes;
+    region_left -= bytes;
+    header->list = list;
+    return header + 1;
+}
+
+static void *allocate_listed(size_t bytes)
+{
+    const size_t list = (bytes + grain - 1) / grain;
+    FREE_BLOCK *block = free_blocks[list];
+    if (block == nullptr) return cut_from_region(list);
+    free_blocks[list] = block->next;
+    return std::memset(static_cast<void *>(block), 0, list * grain);
+}
+
+static void *allocate(size_t bytes)
+{
+    return has_lists && bytes <= largest_listed ? allocate_listed(bytes) : allocate_alone(bytes);
+}
+
+// --- operations ---
+
 void SH_Initialise() {}
 
 void *SH_AllocateBytes(size_t size)
 {
     if (size > SIZE_MAX / 2) end_exhausted();
-    const size_t bytes = block_size(size);
-    if (bytes >= large_block) {
-        void *block = std::calloc(1, bytes);
-        if (block == nullptr) end_exhausted();
-        return block;
-    }
-    // calloc passes by the allocator's quickest lists
-    void *block = std::malloc(bytes);
-    if (block == nullptr) end_exhausted();
-    return std::memset(block, 0, bytes);
+    return allocate(block_size(size));
 }
 
 void *SH_Grow(void *block, size_t used, size_t *capacity, size_t needed)
@@ -46,10 +139,16 @@ void *SH_Grow(void *block, size_t used, size_t *capacity, size_t needed)
     if (needed > SIZE_MAX / 4 || *capacity > SIZE_MAX / 4) end_exhausted();
     const size_t doubled = *capacity * 2;
     const size_t wanted = doubled > needed ? doubled : needed;
-    char *grown = static_cast<char *>(std::realloc(block, block_size(wanted)));
-    if (grown == nullptr) end_exhausted();
-    std::memset(grown + used, 0, block_size(wanted) - used);
+    const size_t bytes = block_size(wanted);
     *capacity = wanted;
+    if (block != nullptr && header_of(block)->list == 0) {
+        auto *grown = static_cast<char *>(grow_alone(block, bytes));
+        std::memset(grown + used, 0, bytes - used);
+        return grown;
+    }
+    void *grown = allocate(bytes);
+    if (block != nullptr) std::memcpy(grown, block, used);
+    SH_Free(block);
     return grown;
 }
 
@@ -71,5 +170,13 @@ void *SH_WildAllocate(int32_t size, const char *tag)
 
 void SH_Free(void *block)
 {
-    std::free(block);
+    if (block == nullptr) return;
+    const uint64_t list = header_of(block)->list;
+    if (list == 0) {
+        std::free(header_of(block));
+        return;
+    }
+    auto *freed = static_cast<FREE_BLOCK *>(block);
+    freed->next = free_blocks[list];
+    free_blocks[list] = freed;
 }

@@ -9,6 +9,16 @@
 #include <stdint.h>
 #include <stdio.h>
 
+// --- storage ---
+
+/**
+ * Takes storage from the system, zero-filled, aligned for every type; never given back.
+ *
+ * @param size  bytes, a power of 2, at least 65536
+ * @return      the storage; null if there is none
+ */
+void *HOST_ReserveStorage(size_t size);
+
 // --- paths and files ---
 
 enum {
