@@ -1,6 +1,6 @@
 /*
- * Trees of names. Names may come in sorted order, and then the tree is one long branch: so nothing here
- * recurses, and walks keep their way back on a stack of their own.
+ * Trees of names. Names may come in sorted order, and then the tree is one long branch: so nothing
+ * here recurses, and walks keep their way back on a stack of their own.
  */
 #include "core/as.h"
 
@@ -89,6 +89,8 @@ int32_t AS_DomainSize(AS_DOMAIN *domain)
     return domain->count;
 }
 
+static constexpr size_t link_size = sizeof(void *);
+
 /** A stack of nodes on the way down. */
 struct NODE_STACK {
     AS_NODE **nodes;
@@ -98,9 +100,9 @@ struct NODE_STACK {
 
 static void push(NODE_STACK *stack, AS_NODE *node)
 {
-    const size_t used = stack->count * sizeof(AS_NODE *);
-    stack->nodes = static_cast<AS_NODE **>(
-        SH_Grow(stack->nodes, used, &stack->capacity, used + sizeof(AS_NODE *)));
+    const size_t used = stack->count * link_size;
+    stack->nodes =
+        static_cast<AS_NODE **>(SH_Grow(stack->nodes, used, &stack->capacity, used + link_size));
     stack->nodes[stack->count++] = node;
 }
 

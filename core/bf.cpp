@@ -8,6 +8,7 @@
 #include "core/sm.h"
 #include "host/host.h"
 
+#include <bit>
 #include <cerrno>
 #include <cstdlib>
 #include <iterator>
@@ -59,7 +60,7 @@ static BF_MAPPING
 
 static BF_MAPPING *as_mapping(intptr_t handle)
 {
-    return reinterpret_cast<BF_MAPPING *>(handle);
+    return std::bit_cast<BF_MAPPING *>(handle);
 }
 
 void BF_Initialise()

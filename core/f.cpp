@@ -155,7 +155,10 @@ static char lower(char c)
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
 }
 
-/** Matches '*' and '?' without regard to case; behind a star that fails, only the last one is retried. */
+/**
+ * Matches '*' and '?' without regard to case; behind a star that fails, only the last one is
+ * retried.
+ */
 static bool fits_wildcard(const char *pattern, const char *name)
 {
     const char *behind_star = nullptr;

@@ -1,9 +1,10 @@
 /*
- * Hash tables of names. What a client can see is that of a fixed array of buckets with chains in order
- * of entry: a deleted record stays until a search passes it, and a search passes what was entered in
- * its bucket before the record that it finds, or all of the bucket if it finds none. No chain is kept
- * for this: records carry the number of their entry, a bucket lists its deleted records, and the
- * search itself goes through an index by full hash that grows with the number of names.
+ * Hash tables of names. What a client can see is that of a fixed array of buckets with chains in
+ * order of entry: a deleted record stays until a search passes it, and a search passes what was
+ * entered in its bucket before the record that it finds, or all of the bucket if it finds none. No
+ * chain is kept for this: records carry the number of their entry, a bucket lists its deleted
+ * records, and the search itself goes through an index by full hash that grows with the number of
+ * names.
  */
 #include "core/hs.h"
 
@@ -13,6 +14,8 @@
 
 static constexpr uint32_t shared_bucket_count = 1024;
 static constexpr uint32_t first_index_size = 1024; // a power of 2
+
+static constexpr size_t link_size = sizeof(void *);
 
 /** A name; its characters and their terminator follow the record in the same block. */
 struct HS_RECORD {
@@ -79,7 +82,9 @@ static HS_RECORD **index_slot(const HS_TABLE *table, uint32_t hash, uint32_t dom
     return &table->index[mixed >> 32 & (table->index_size - 1)];
 }
 
-/** The bucket that a name belongs to: the sum of its bytes as signed numbers, and the domain number. */
+/**
+ * The bucket that a name belongs to: the sum of its bytes as signed numbers, and the domain number.
+ */
 static HS_RECORD **bucket_of(const HS_TABLE *table, const char *name, size_t length,
                              uint32_t domain_number)
 {
@@ -99,10 +104,9 @@ static char *name_of(HS_RECORD *record)
 static void make_table(HS_TABLE *table, uint32_t bucket_count, uint32_t index_size)
 {
     table->bucket_count = bucket_count;
-    table->deleted =
-        static_cast<HS_RECORD **>(SH_AllocateBytes(bucket_count * sizeof(HS_RECORD *)));
+    table->deleted = static_cast<HS_RECORD **>(SH_AllocateBytes(bucket_count * link_size));
     table->index_size = index_size;
-    table->index = static_cast<HS_RECORD **>(SH_AllocateBytes(index_size * sizeof(HS_RECORD *)));
+    table->index = static_cast<HS_RECORD **>(SH_AllocateBytes(index_size * link_size));
 }
 
 static void free_list(HS_RECORD *record)
@@ -172,8 +176,7 @@ static void grow_index(HS_TABLE *table)
     HS_RECORD **old_index = table->index;
     const uint32_t old_size = table->index_size;
     table->index_size = old_size * 2;
-    table->index =
-        static_cast<HS_RECORD **>(SH_AllocateBytes(table->index_size * sizeof(HS_RECORD *)));
+    table->index = static_cast<HS_RECORD **>(SH_AllocateBytes(table->index_size * link_size));
     for (uint32_t i = 0; i < old_size; i++) {
         HS_RECORD *record = old_index[i];
         while (record != nullptr) {

@@ -2,7 +2,9 @@
 
 #include <ostrum/ist.h>
 
-/** Invariant: length + 1 is at most capacity, and every byte of the buffer beyond length is zero. */
+/**
+ * Invariant: length + 1 is at most capacity, and every byte of the buffer beyond length is zero.
+ */
 struct IST_STRING {
     char *buffer;     // the text so far, terminated; owned
     int32_t length;   // characters, without the terminator

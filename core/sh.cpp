@@ -3,9 +3,9 @@
  * runs out of them.
  *
  * The compiler makes millions of records of a few dozen bytes. They are cut from regions and, once
- * freed, kept in lists by size, so that both take a few instructions. A word before each block tells
- * its list. Larger blocks come from the C library. Under a sanitizer every block does, so that it
- * sees each by itself.
+ * freed, kept in lists by size, so that both take a few instructions. A word before each block
+ * tells its list. Larger blocks come from the C library. Under a sanitizer every block does, so
+ * that it sees each by itself.
  */
 #include "core/sh.h"
 
@@ -33,7 +33,8 @@ static constexpr size_t list_count = largest_listed / grain + 1;
 static constexpr size_t first_region_size = 1 << 16;
 static constexpr size_t largest_region_size = 1 << 23;
 
-// From here on the allocator's own zero pages are cheaper than clearing a block that was used before.
+// From here on the allocator's own zero pages are cheaper than clearing a block that was used
+// before.
 static constexpr size_t large_block = 65536;
 
 /** The word before a block, and the block's link while it is free. */

@@ -11,8 +11,8 @@
 void *SH_AllocateBytes(size_t size);
 
 /**
- * Enlarges a block to at least twice what it has, keeps its bytes and zero-fills the rest. For buffers
- * that grow by doubling.
+ * Enlarges a block to at least twice what it has, keeps its bytes and zero-fills the rest. For
+ * buffers that grow by doubling.
  *
  * @param block      the block, released by this; may be null
  * @param used       bytes of it to keep

@@ -34,7 +34,9 @@ static void walk_at_exit()
     run_exit_list(0);
 }
 
-/** Runs the list once, even if one of its functions raises a signal, and lets the signal end all. */
+/**
+ * Runs the list once, even if one of its functions raises a signal, and lets the signal end all.
+ */
 static void walk_at_signal(int signal_number)
 {
     if (!is_ended) {

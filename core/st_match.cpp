@@ -1,7 +1,8 @@
 /*
- * Patterns. A pattern is cut into elements, and the elements are matched from the last to the first:
- * for each of them a row tells at which places of the text the pattern from that element on matches
- * the whole rest. So the cost is that of pattern times text, whatever stars the pattern has.
+ * Patterns. A pattern is cut into elements, and the elements are matched from the last to the
+ * first: for each of them a row tells at which places of the text the pattern from that element on
+ * matches the whole rest. So the cost is that of pattern times text, whatever stars the pattern
+ * has.
  */
 #include "core/sh.h"
 #include "core/st.h"

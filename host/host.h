@@ -73,8 +73,8 @@ bool HOST_MakePath(char *host_path, const char *path, HOST_LAST_COMPONENT last);
 FILE *HOST_OpenStream(const char *path, const char *mode);
 
 /**
- * Reads one line with its line end, or as much of it as fits. CR LF comes out as LF; LF or a CR alone
- * ends a line too. Nothing is terminated.
+ * Reads one line with its line end, or as much of it as fits. CR LF comes out as LF; LF or a CR
+ * alone ends a line too. Nothing is terminated.
  *
  * @param stream  open for reading
  * @param buffer  room bytes
@@ -89,8 +89,8 @@ enum HOST_OPEN_MODE { HOST_READ, HOST_CREATE, HOST_UPDATE, HOST_APPEND };
  * Opens a descriptor. A directory cannot be opened.
  *
  * @param path  the path
- * @param mode  read; create or truncate and write, for the owner alone; read and write; the same at the
- *              end of the file
+ * @param mode  read; create or truncate and write, for the owner alone; read and write; the same at
+ *              the end of the file
  * @return      the descriptor, closed by HOST_Close; -1 on failure
  */
 int HOST_Open(const char *path, HOST_OPEN_MODE mode);

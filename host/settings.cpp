@@ -1,6 +1,7 @@
 /*
- * The settings store: two text files of [key] sections with name=value lines. They are edited by hand
- * as well, so blanks around names and values do not count, and a line that is neither is left alone.
+ * The settings store: two text files of [key] sections with name=value lines. They are edited by
+ * hand as well, so blanks around names and values do not count, and a line that is neither is left
+ * alone.
  */
 #include "host/host.h"
 
@@ -36,6 +37,7 @@ static SPAN span_of(const char *text)
 
 static void append(TEXT *text, SPAN span)
 {
+    if (span.start == nullptr) return; // of a store that is not there
     text->bytes = static_cast<char *>(
         SH_Grow(text->bytes, text->length, &text->capacity, text->length + span.length + 1));
     std::memcpy(text->bytes + text->length, span.start, span.length);
@@ -234,7 +236,9 @@ struct PLACE {
     size_t length;     // of what is replaced
 };
 
-/** Finds the line that holds a value, or else the end of the section's last line that is not blank. */
+/**
+ * Finds the line that holds a value, or else the end of the section's last line that is not blank.
+ */
 static PLACE find_place(SPAN lines, SPAN key, SPAN name)
 {
     PLACE place = {};
@@ -260,7 +264,7 @@ static void change_store(const TEXT &old, const char *key, const char *name, con
     const size_t before =
         place.start == nullptr ? old.length : static_cast<size_t>(place.start - old.bytes);
     const size_t behind = before + place.length;
-    if (before > 0) append(changed, SPAN{ .start = old.bytes, .length = before });
+    append(changed, SPAN{ .start = old.bytes, .length = before });
     end_last_line(changed);
     if (place.start == nullptr) {
         append(changed, span_of("["));

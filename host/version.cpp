@@ -1,13 +1,14 @@
 /*
  * The running program: its path, the version block that it was built with, and the message box.
  *
- * The version block is a note in the program's image: the owner "Ostrum", type 1, and as its content
- * pairs of zero-terminated strings, a name and its text. OSTRUM_VERSION_BLOCK writes it.
+ * The version block is a note in the program's image: the owner "Ostrum", type 1, and as its
+ * content pairs of zero-terminated strings, a name and its text. OSTRUM_VERSION_BLOCK writes it.
  */
 #include "host/host.h"
 
 #include "core/sh.h"
 
+#include <bit>
 #include <cstring>
 #include <elf.h>
 #include <link.h>
@@ -87,7 +88,7 @@ static int find_version_block(dl_phdr_info *image, size_t, void *result)
         const ElfW(Phdr) &segment = image->dlpi_phdr[i];
         if (segment.p_type != PT_NOTE) continue;
         *block = find_note(
-            BLOCK{ .start = reinterpret_cast<const char *>(image->dlpi_addr + segment.p_vaddr),
+            BLOCK{ .start = std::bit_cast<const char *>(image->dlpi_addr + segment.p_vaddr),
                    .size = segment.p_memsz });
     }
     return 1; // the other images are libraries

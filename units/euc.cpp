@@ -1,6 +1,6 @@
 /*
- * The table of quantities and their units, and the symbols that some units are built from. Printing is
- * in euc_display.cpp.
+ * The table of quantities and their units, and the symbols that some units are built from. Printing
+ * is in euc_display.cpp.
  */
 #include "units/euc.h"
 
