@@ -97,6 +97,21 @@ bool enter_temporary_directory(TOLL_OUTPUT *output)
     return false;
 }
 
+/** Gives the new file the rights of the one that it replaces, or those that a new file has here. */
+void take_rights(const TOLL_OUTPUT &output)
+{
+    struct stat status = {};
+    mode_t rights = 0;
+    if (fstatat(output.target_directory, output.name.c_str(), &status, 0) == 0) {
+        rights = status.st_mode & 0777;
+    } else {
+        const mode_t mask = umask(0);
+        umask(mask);
+        rights = 0666 & ~mask;
+    }
+    chmod(output.made.c_str(), rights);
+}
+
 } // namespace
 
 std::string open_output(const std::string &target, TOLL_OUTPUT *output)
@@ -123,6 +138,7 @@ std::string open_output(const std::string &target, TOLL_OUTPUT *output)
 std::string publish_output(TOLL_OUTPUT *output)
 {
     std::string problem;
+    take_rights(*output);
     if (renameat(AT_FDCWD, output->made.c_str(), output->target_directory, output->name.c_str()) !=
         0) {
         problem = last_error();

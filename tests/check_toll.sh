@@ -1,0 +1,91 @@
+#!/usr/bin/env bash
+# The command line of toll: usage, exit status, and what becomes of outputs.
+# usage: check_toll.sh TOLL
+set -uo pipefail
+toll=$1
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+cd "$scratch" || exit 1
+failed=0
+
+# expect STATUS PATTERN COMMAND...: the status, and a line on standard error that matches (none if empty)
+expect() {
+    local status=$1 pattern=$2 got=0
+    shift 2
+    "$@" >out 2>err || got=$?
+    if [ "$got" -ne "$status" ]; then echo "status $got, not $status: $*"; cat err; failed=1; fi
+    if [ -z "$pattern" ] && [ -s err ]; then echo "speaks: $*"; cat err; failed=1; fi
+    if [ -n "$pattern" ] && ! grep -q -- "$pattern" err; then echo "no '$pattern': $*"; cat err; failed=1; fi
+}
+is() { "$@" || { echo "not so: $*"; failed=1; }; }
+
+printf 'MODULE good\nPRIVATE\n' >good.tl
+printf 'MODULE other\nPRIVATE\n' >other.tl
+printf 'MODULE bad\nPRIVATE\nVAR VOID nothing\n' >bad.tl
+
+expect 2 "try 'toll --help'" "$toll"
+expect 2 "bad option '-Z'" "$toll" -Z good.tl
+expect 2 "bad option '--wrong'" "$toll" --wrong good.tl
+expect 2 "argument missing for '-o'" "$toll" good.tl -o
+expect 2 "one source file" "$toll" -o x.kob good.tl other.tl
+expect 2 "bad name to define" "$toll" -D A=B good.tl
+expect 2 "bad name to define" "$toll" -D A,B good.tl
+expect 2 "too many names" "$toll" -D{A,B,C,D,E,F,G,H,I,J,K} good.tl
+expect 2 "bad format" "$toll" --diagnostics=xml good.tl
+expect 2 "bad section listing" "$toll" --list-sections=half good.tl
+is [ "$(wc -l <err)" -eq 1 ]
+expect 0 "" "$toll" --help
+is grep -q -- "--diagnostics=text|json" out
+expect 0 "" "$toll" --version
+
+# Default outputs, several sources, a name with and without extension.
+expect 0 "" "$toll" good.tl other.tl
+is [ -s good.kob ] && is [ -s other.kob ]
+mkdir deep
+expect 0 "" "$toll" -o deep/plain good.tl
+is [ -s deep/plain ]
+expect 0 "" "$toll" -n -o never.kob good.tl
+is [ ! -e never.kob ]
+expect 1 "Illegal type for variable" "$toll" bad.tl good.tl
+is [ ! -e bad.kob ]
+
+# What cannot be read or written leaves the older file, and no trace beside it.
+cp good.kob before
+expect 1 "missing.tl: File cannot be opened" "$toll" missing.tl
+expect 1 "No such file" "$toll" -o nowhere/x.kob good.tl
+expect 1 "Not a regular file" "$toll" -o deep good.tl
+expect 1 "Output is a source" "$toll" -o good.tl good.tl
+is grep -q MODULE good.tl
+(trap '' XFSZ; ulimit -f 0; "$toll" -o good.kob other.tl) >out 2>/dev/null
+is cmp -s before good.kob
+expect 1 "Illegal type" "$toll" -o good.kob bad.tl
+is cmp -s before good.kob
+is [ -z "$(find . -name '.toll-*')" ]
+
+# Rights: those of the file replaced, else those that the mask leaves.
+(umask 027; "$toll" -o rights.kob good.tl)
+is [ "$(stat -c %a rights.kob)" = 640 ]
+chmod 604 rights.kob
+expect 0 "" "$toll" -o rights.kob good.tl
+is [ "$(stat -c %a rights.kob)" = 604 ]
+
+# The same bytes on every run, in any place.
+export SOURCE_DATE_EPOCH=1000000000
+expect 0 "" "$toll" -g -l -o a.kob good.tl
+mv a.kob first
+expect 0 "" "$toll" -g -l -o "$PWD/deep/a.kob" good.tl
+is cmp -s first deep/a.kob
+
+# In JSON nothing but objects is written, problems of the driver included.
+expect 1 '"severity":"fatal","text":"File cannot be opened"' "$toll" --diagnostics=json missing.tl bad.tl
+is [ "$(grep -vc '^{.*}$' err)" -eq 0 ]
+
+# -I comes before TollInclude, and the name is found whatever its case.
+mkdir first_lib second_lib
+printf 'MODULE lib\nCONST INT A = 1\nPRIVATE\n' >first_lib/lib.tl
+printf 'MODULE lib\nCONST INT B = 1\nPRIVATE\n' >second_lib/Lib.tl
+printf 'MODULE user\nUSES lib\nCONST INT C = LIB.A\nPRIVATE\n' >user.tl
+TollInclude=second_lib expect 0 "" "$toll" -I first_lib user.tl
+TollInclude=second_lib expect 1 "Unknown identifier" "$toll" user.tl
+
+exit $failed
