@@ -114,7 +114,7 @@ void TLC_GrowPSect(TLC_STREAM *stream, TLC_PSECT *section, uint32_t count)
         arena->top += more;
     } else {
         uint8_t *code = TLC_ArenaTake(arena, wanted, 1);
-        if (section->size > 0) std::memcpy(code, section->code, section->size);
+        if (section->code != nullptr) std::memcpy(code, section->code, section->size);
         section->code = code;
     }
     section->capacity = wanted;
