@@ -277,7 +277,8 @@ const char *HS_NewName(HS_DOMAIN *domain, const char *name, intptr_t value)
     const size_t length = std::strlen(name);
     const uint32_t hash = HS_Hash(name, length);
     if (table->index == nullptr || search(domain, name, length, hash) != nullptr) return nullptr;
-    if (table->record_count >= table->index_size && table->index_size < 1u << 31) grow_index(table);
+    if (table->record_count >= table->index_size / 2 && table->index_size < 1u << 31)
+        grow_index(table);
     HS_RECORD *record = new_record(domain, name, length, hash);
     record->value = value;
     put_on_index(table, record);

@@ -11,6 +11,7 @@
 
 #include "host/host.h"
 
+#include <bit>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -27,19 +28,19 @@ static constexpr bool has_lists = true;
 static constexpr bool has_lists = true;
 #endif
 
-static constexpr size_t grain = 8;            // sizes and addresses are multiples of it
-static constexpr size_t largest_listed = 512; // bytes of a block
-static constexpr size_t list_count = largest_listed / grain + 1;
+static constexpr size_t grain = 8;          // small sizes and all addresses are multiples of it
+static constexpr size_t largest_fine = 512; // bytes; up to here a list for each multiple
+static constexpr size_t largest_listed = 1 << 20; // from there on four lists for each doubling
+static constexpr size_t fine_count = largest_fine / grain + 1;
+static constexpr size_t list_count = fine_count + 4 * 11;
 static constexpr size_t first_region_size = 1 << 16;
+static constexpr size_t second_region_size = 1 << 21; // a process that needs it will need more
 static constexpr size_t largest_region_size = 1 << 23;
-
-// From here on the allocator's own zero pages are cheaper than clearing a block that was used
-// before.
-static constexpr size_t large_block = 65536;
+static constexpr size_t page = 4096; // what a block mapped alone is rounded up to
 
 /** The word before a block, and the block's link while it is free. */
 struct HEADER {
-    uint64_t list; // number of its list; 0 for a block of the C library
+    uint64_t list; // number of its list; 0 for a block of the C library; else bytes mapped for it
 };
 
 struct FREE_BLOCK {
@@ -72,37 +73,48 @@ static HEADER *header_of(void *block)
 
 static void *allocate_alone(size_t bytes)
 {
-    // calloc passes by the C library's quickest lists
-    const bool is_large = bytes >= large_block;
-    auto *header = static_cast<HEADER *>(is_large ? std::calloc(1, bytes + sizeof(HEADER))
-                                                  : std::malloc(bytes + sizeof(HEADER)));
-    if (header == nullptr) end_exhausted();
-    header->list = 0;
-    return is_large ? header + 1 : std::memset(header + 1, 0, bytes);
-}
-
-static void *grow_alone(void *block, size_t bytes)
-{
-    auto *header = static_cast<HEADER *>(std::realloc(header_of(block), bytes + sizeof(HEADER)));
+    auto *header = static_cast<HEADER *>(std::calloc(1, bytes + sizeof(HEADER)));
     if (header == nullptr) end_exhausted();
     return header + 1;
 }
 
 // --- blocks of the lists ---
 
+/** The list whose blocks hold so many bytes, 1 to largest_listed. */
+static size_t list_of(size_t bytes)
+{
+    if (bytes <= largest_fine) return (bytes + grain - 1) / grain;
+    const auto width = static_cast<size_t>(std::bit_width(bytes - 1)); // 10 to 20
+    const size_t quarter = (bytes - 1) >> (width - 3);                 // 4 to 7
+    return fine_count + (width - 10) * 4 + (quarter - 4);
+}
+
+/** Bytes of a list's blocks. */
+static size_t size_of(size_t list)
+{
+    if (list < fine_count) return list * grain;
+    const size_t width = (list - fine_count) / 4 + 10;
+    const size_t quarter = (list - fine_count) % 4 + 4;
+    return (quarter + 1) << (width - 3);
+}
+
 /** Takes a new region; what was left of the one before is given up. */
 static void open_region()
 {
-    region_next = static_cast<char *>(HOST_ReserveStorage(region_size));
+    region_next = static_cast<char *>(HOST_MapStorage(region_size));
     if (region_next == nullptr) end_exhausted();
     region_left = region_size;
-    if (region_size < largest_region_size) region_size *= 2;
+    if (region_size < second_region_size)
+        region_size = second_region_size;
+    else if (region_size < largest_region_size)
+        region_size *= 2;
 }
 
 static void *cut_from_region(size_t list)
 {
-    const size_t bytes = list * grain + sizeof(HEADER);
-    if (bytes > region_left) open_region();
+    const size_t bytes = size_of(list) + sizeof(HEADER);
+    while (bytes > region_left)
+        open_region();
     auto *header = reinterpret_cast<HEADER *>(region_next);
     region_next += bytes;
     region_left -= bytes;
@@ -112,16 +124,28 @@ static void *cut_from_region(size_t list)
 
 static void *allocate_listed(size_t bytes)
 {
-    const size_t list = (bytes + grain - 1) / grain;
+    const size_t list = list_of(bytes);
     FREE_BLOCK *block = free_blocks[list];
     if (block == nullptr) return cut_from_region(list);
     free_blocks[list] = block->next;
-    return std::memset(static_cast<void *>(block), 0, list * grain);
+    return std::memset(static_cast<void *>(block), 0, size_of(list));
+}
+
+// --- blocks mapped alone ---
+
+static void *allocate_mapped(size_t bytes)
+{
+    const size_t size = (bytes + sizeof(HEADER) + page - 1) / page * page;
+    auto *header = static_cast<HEADER *>(HOST_MapStorage(size));
+    if (header == nullptr) end_exhausted();
+    header->list = size;
+    return header + 1;
 }
 
 static void *allocate(size_t bytes)
 {
-    return has_lists && bytes <= largest_listed ? allocate_listed(bytes) : allocate_alone(bytes);
+    if (!has_lists) return allocate_alone(bytes);
+    return bytes <= largest_listed ? allocate_listed(bytes) : allocate_mapped(bytes);
 }
 
 // --- operations ---
@@ -142,11 +166,6 @@ void *SH_Grow(void *block, size_t used, size_t *capacity, size_t needed)
     const size_t wanted = doubled > needed ? doubled : needed;
     const size_t bytes = block_size(wanted);
     *capacity = wanted;
-    if (block != nullptr && header_of(block)->list == 0) {
-        auto *grown = static_cast<char *>(grow_alone(block, bytes));
-        std::memset(grown + used, 0, bytes - used);
-        return grown;
-    }
     void *grown = allocate(bytes);
     if (block != nullptr) std::memcpy(grown, block, used);
     SH_Free(block);
@@ -172,9 +191,14 @@ void *SH_WildAllocate(int32_t size, const char *tag)
 void SH_Free(void *block)
 {
     if (block == nullptr) return;
-    const uint64_t list = header_of(block)->list;
+    HEADER *header = header_of(block);
+    const uint64_t list = header->list;
     if (list == 0) {
-        std::free(header_of(block));
+        std::free(header);
+        return;
+    }
+    if (list >= list_count) {
+        HOST_UnmapStorage(header, list);
         return;
     }
     auto *freed = static_cast<FREE_BLOCK *>(block);

@@ -12,12 +12,20 @@
 // --- storage ---
 
 /**
- * Takes storage from the system, zero-filled, aligned for every type; never given back.
+ * Takes storage from the system, zero-filled.
  *
- * @param size  bytes, a power of 2, at least 65536
- * @return      the storage; null if there is none
+ * @param size  bytes, a multiple of 4096
+ * @return      the storage, given back with HOST_UnmapStorage; null if there is none
  */
-void *HOST_ReserveStorage(size_t size);
+void *HOST_MapStorage(size_t size);
+
+/**
+ * Gives storage back to the system.
+ *
+ * @param storage  of HOST_MapStorage
+ * @param size     as it was given there
+ */
+void HOST_UnmapStorage(void *storage, size_t size);
 
 // --- paths and files ---
 

@@ -14,7 +14,7 @@ static char *map(size_t size)
     return storage == MAP_FAILED ? nullptr : static_cast<char *>(storage);
 }
 
-void *HOST_ReserveStorage(size_t size)
+void *HOST_MapStorage(size_t size)
 {
     if (size < large_page) return map(size);
     // A large page needs its own alignment: map one more and give back what lies around.
@@ -26,4 +26,9 @@ void *HOST_ReserveStorage(size_t size)
     if (before < large_page) munmap(storage + before + size, large_page - before);
     madvise(storage + before, size, MADV_HUGEPAGE);
     return storage + before;
+}
+
+void HOST_UnmapStorage(void *storage, size_t size)
+{
+    munmap(storage, size);
 }
