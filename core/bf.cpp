@@ -55,8 +55,8 @@ struct BF_MAPPING {
     BF_MAPPING *previous;
 };
 
-static BF_MAPPING
-    *mappings; // all that are open, so that BF_FileSize can tell them from descriptors
+// All that are open, so that BF_FileSize can tell them from descriptors.
+static BF_MAPPING *mappings;
 
 static BF_MAPPING *as_mapping(intptr_t handle)
 {
@@ -190,7 +190,7 @@ int32_t BF_Size(const char *path, int32_t *size)
 int32_t BF_FileSize(intptr_t handle, int32_t *size)
 {
     for (const BF_MAPPING *mapping = mappings; mapping != nullptr; mapping = mapping->next) {
-        if (mapping != as_mapping(handle)) continue;
+        if (std::bit_cast<intptr_t>(mapping) != handle) continue;
         return give_size(static_cast<int64_t>(mapping->view.size), size);
     }
     return give_size(HOST_DescriptorSize(static_cast<int>(handle)), size);
