@@ -6,6 +6,8 @@
 
 #include <cstdio>
 
+#include "names/tlit.h"
+#include "names/tliv.h"
 #include <ostrum/tli.h>
 #include <ostrum/tlit.h>
 #include <ostrum/tlp.h>
@@ -40,8 +42,22 @@ static int32_t give_term(TLE_TERM *term, intptr_t *out)
     return give(reinterpret_cast<intptr_t>(term), out);
 }
 
+static bool is_function_type(TLI_IDENTIFIER *type)
+{
+    return TLIT_TypeSubclass(nullptr, type) == TLIT_SUBCLASS_FUNCTION;
+}
+
+static bool is_function(TLI_IDENTIFIER *type)
+{
+    return type != nullptr && TLI_IdentifierClass(type) == TLI_FUNCTION;
+}
+
+/* Functions that differ are reported where they are matched, even without a statement. */
 static bool matches(const CONSTANT_REQUEST &request, TLI_IDENTIFIER *type)
 {
+    if (request.statement == nullptr && is_function_type(request.wanted) && is_function(type)) {
+        return TLIV_SameFunctions(TLIT_FunctionTypePrototype(request.wanted), type, 0) != 0;
+    }
     return TLIT_MatchType(request.module, request.statement, request.wanted, type) != 0;
 }
 
@@ -166,7 +182,7 @@ static int32_t unknown_value(const CONSTANT_REQUEST &request)
 static bool is_data(const CONSTANT_REQUEST &request)
 {
     return request.wanted == TLIT_DataType || request.base == TLIT_DataType ||
-           TLIT_TypeSubclass(nullptr, request.wanted) == TLIT_SUBCLASS_FUNCTION;
+           is_function_type(request.wanted);
 }
 
 int32_t TLE_ConstantValue(TLP_MODULE *module, TLT_STATEMENT *statement, TLE_TERM *term,

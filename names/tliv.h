@@ -43,3 +43,6 @@ struct TLIV_FUNCTION {
     int32_t cursor_index;    // place of the argument last asked for
     TLIV_ARGUMENT *cursor;   // that argument, null before the first question
 };
+
+// TLIV_CompareFunctions without the message, where it is only asked whether they match.
+int32_t TLIV_SameFunctions(TLI_IDENTIFIER *first, TLI_IDENTIFIER *second, int32_t strict);

@@ -203,10 +203,15 @@ int32_t TLIV_ExtraArgumentsAllowed(TLI_IDENTIFIER *function)
     return record != nullptr ? record->extra_arguments : 0;
 }
 
+int32_t TLIV_SameFunctions(TLI_IDENTIFIER *first, TLI_IDENTIFIER *second, int32_t strict)
+{
+    return functions_match(function_of(first), function_of(second), strict) ? 1 : 0;
+}
+
 int32_t TLIV_CompareFunctions(TLT_STATEMENT *statement, TLI_IDENTIFIER *first,
                               TLI_IDENTIFIER *second, int32_t strict)
 {
-    if (functions_match(function_of(first), function_of(second), strict)) return 1;
+    if (TLIV_SameFunctions(first, second, strict)) return 1;
     TLT_Error(statement, "Function declaration does not match prototype");
     return 0;
 }

@@ -207,6 +207,9 @@ TEST_F(ConstantEvaluation, AskingIsSilent)
     EXPECT_EQ(TLE_GetConstantValue(source.module, nullptr, &value), 0);
     EXPECT_EQ(TLE_ConstantValue(source.module, nullptr, done.term, TLIT_FloatType, &value, 0), 0);
     EXPECT_EQ(TLE_ConstantValue(source.module, nullptr, done.term, TLIT_StringType, &value, 0), 0);
+    TLE_TERM *bad = evaluate("BAD", "VOID").term;
+    source.messages.clear();
+    EXPECT_EQ(TLE_ConstantValue(source.module, nullptr, bad, type("HANDLER"), &value, 0), 0);
     EXPECT_EQ(value, -99);
     EXPECT_EQ(source.messages, "");
 }
