@@ -134,7 +134,11 @@ TLE_TERM *TLE_Append(TLE_TERM *list, TLE_TERM *expression)
         link->last = link;
         return link;
     }
-    list->last->right = link;
+    // The first link knows the last; from any other, or past what was hung on since, the way is walked.
+    TLE_TERM *last = list->last == nullptr ? list : list->last;
+    while (last->right != nullptr)
+        last = last->right;
+    last->right = link;
     list->last = link;
     return list;
 }

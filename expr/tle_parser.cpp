@@ -143,6 +143,7 @@ static bool make_call(TLE_TERM *term)
     const bool is_address = term->kind == TLE_ADDRESS;
     if (is_address && TLI_IdentifierClass(term->identifier) == TLI_FUNCTION) {
         term->kind = TLE_CALL;
+        term->type = term->identifier->type; // a constant that names the function has its own
         return true;
     }
     if (!is_address && term->kind != TLT_TOKEN_IDENTIFIER) return false;

@@ -216,6 +216,32 @@ TEST(Expressions, Calls)
     check_rows(rows);
 }
 
+TEST(Expressions, CallsOfConstants)
+{
+    ExpressionSource source("TYPEDEF FUNCTION INT HANDLER(INT X)\n"
+                            "FUNCTION INT F(INT X)\n"
+                            "CONST HANDLER FIRST = F\n"
+                            "PRIVATE\n"
+                            "VAR INT A\n");
+    EXPECT_EQ(source.parse("A + FIRST(1)"), "(+ A <CALL>F(1)) INT");
+}
+
+// A client may hold any link of a list.
+TEST(Expressions, AppendsBehindTheLastLink)
+{
+    TLE_TERM *list = TLE_Append(nullptr, TLE_ConstantTerm(TLE_USE_VALUE, TLIT_IntType, 1));
+    TLE_Append(list, TLE_ConstantTerm(TLE_USE_VALUE, TLIT_IntType, 2));
+    TLE_Append(list->right, TLE_ConstantTerm(TLE_USE_VALUE, TLIT_IntType, 3));
+    TLE_Append(list, TLE_ConstantTerm(TLE_USE_VALUE, TLIT_IntType, 4));
+    for (int32_t i = 0; i < 4; i++) {
+        int32_t value = 0;
+        EXPECT_EQ(TLE_Constant(TLE_NthExpression(list, i), &value), 1);
+        EXPECT_EQ(value, i + 1);
+    }
+    EXPECT_EQ(TLE_NthExpression(list, 4), nullptr);
+    TLE_DelExpression(list);
+}
+
 TEST(Expressions, Arguments)
 {
     static const Row rows[] = {
