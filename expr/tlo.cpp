@@ -558,6 +558,9 @@ static_assert(std::size(records) == 23, "all operators");
 
 void TLO_Initialise()
 {
+    static bool is_done;
+    if (is_done) return;
+    is_done = true;
     for (const TLE_OPERATOR &record : records)
         TLE_DeclareOperator(&record);
 }

@@ -20,8 +20,7 @@ static constexpr int32_t word_size = 4;
 static constexpr int32_t to_memory = 1;
 static constexpr int32_t to_pointer = 2;
 
-// Formats of ST_CharInt.
-static constexpr int32_t decimal = 0;
+// Format of ST_CharInt.
 static constexpr int32_t hexadecimal = 2;
 
 static void value_code(TLC_STREAM *stream, TLE_TERM *term)
@@ -232,10 +231,10 @@ static int32_t record_and_field(const SELECTION &selection, int32_t field_mode)
     return 1;
 }
 
-static int32_t pragma_number(const char *text, int32_t format)
+static int32_t property_number(const char *text)
 {
     int32_t value = 0;
-    ST_CharInt(text, &value, format);
+    ST_CharInt(text, &value, hexadecimal);
     return value;
 }
 
@@ -244,7 +243,7 @@ static int32_t property_code(const SELECTION &selection, const char *number, int
     if (mode == TLE_MODE_EXTENT) return 0;
     record_code(selection);
     TLC_PCode(selection.stream, mode == TLE_MODE_VALUE ? EEP_GET : EEP_PUT);
-    TLC_Code16(selection.stream, pragma_number(number, hexadecimal));
+    TLC_Code16(selection.stream, property_number(number));
     return 1;
 }
 
