@@ -279,9 +279,13 @@ static void close_functions(TLP_MODULE *module, TLP_SECTION *section, TLT_STATEM
     }
 }
 
-/** Takes frames off the module's domain that were left on it. */
+/**
+ * Takes frames off the module's domain that were left on it. A record left open is among them, and must not
+ * be closed again by the first keyword of the next section: that would take off STATICS.
+ */
 static void pop_frames(TLP_MODULE *module)
 {
+    module->open_record = nullptr;
     if (module->domain == nullptr) return;
     while (module->domain->scope != nullptr && TLI_ScopeType(module->domain->scope) == 0)
         TLI_PopScope(module->domain);

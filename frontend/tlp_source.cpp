@@ -176,8 +176,8 @@ static void take_names(TLP_MODULE *module, const char *path, int32_t is_main)
     char file[F_PATH_SIZE];
     F_ParseFilename(path, nullptr, base, extension);
     TLP_SetModuleName(module, base);
-    ST_Copy(module->file_name, TLP_NAME_SIZE, module->name);
     if (!is_main) return;
+    ST_Copy(module->file_name, TLP_NAME_SIZE, module->name);
     F_MakeFilename(file, nullptr, base, extension);
     ST_Copy(module->source_file, TLP_NAME_SIZE, file);
 }

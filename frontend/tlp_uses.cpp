@@ -120,24 +120,33 @@ static void use_new(TLP_MODULE *module, TLT_STATEMENT *statement, const char *na
     TLP_MODULE *used = read_used(module, statement, name);
     TLP_MODULE *root = module->root;
     if (used == nullptr) return;
-    if (used->root == root)
+    if (used->root == root && used->domain != nullptr)
         TLP_UseIncludedModule(used);
     else
-        push_used(&root->lost_modules, used); // from an external reader that made it a root
+        push_used(&root->lost_modules, used); // a root of its own or without names: owned, not seen
     enter_used(module, name, used);
     if (uses_checker != nullptr)
         root->runtime_mismatch = uses_checker(name, uses_checker_context, root->private_flag);
+}
+
+/**
+ * Consumes one token, whatever it is. Gives 0 if it is no name. Only a name is copied, since another token
+ * may be too long for that.
+ */
+static int32_t take_name(TLT_STATEMENT *statement, char *name)
+{
+    if (TLT_GetToken(statement, nullptr) != TLT_TOKEN_IDENTIFIER) return 0;
+    auto length = static_cast<size_t>(statement->token_length);
+    memcpy(name, TLT_TokenText(statement), length);
+    name[length] = 0;
+    return 1;
 }
 
 void TLP_UsesRule(TLP_MODULE *module, TLT_STATEMENT *statement)
 {
     char name[TLT_TEXT_SIZE];
     while (!module->root->runtime_mismatch) {
-        if (TLT_NextToken(statement, nullptr) != TLT_TOKEN_IDENTIFIER) {
-            TLT_GetToken(statement, nullptr);
-            return;
-        }
-        TLT_GetToken(statement, name);
+        if (!take_name(statement, name)) return;
         ST_Upper(name, TLT_TEXT_SIZE, name);
         if (is_known(module->root, name))
             use_known(module, name);

@@ -251,6 +251,17 @@ TEST_F(ModulesSections, ManyStatementsAndSectionsStayLinear)
     EXPECT_EQ(TLP_LastStatementLineNumber(module->last_section), 200002);
 }
 
+TEST_F(ModulesSections, ARecordAtTheEndOfASectionLeavesTheStatics)
+{
+    ASSERT_EQ(read_text("MODULE M\nPRIVATE\nVAR INT V\nTYPEDEF RECORD R ( INT X )\n"
+                        "FUNCTION VOID F()\nBEGIN\n  V = 1\nEND\n",
+                        TLP_READ_SECTIONS),
+              TLP_STATUS_SUCCESSFUL);
+    for (TLP_SECTION *section = module->sections; section != nullptr; section = section->next)
+        EXPECT_EQ(TLP_ParseSection(module, section), TLP_STATUS_SUCCESSFUL);
+    EXPECT_EQ(folder_messages, "");
+}
+
 TEST_F(ModulesSections, TextsOfStatus)
 {
     EXPECT_STREQ(TLP_Message(TLP_STATUS_NOT_OPENED), "File cannot be opened");

@@ -148,6 +148,22 @@ TEST_F(PreprocessorUses, CyclesEnd)
     EXPECT_EQ(folder_messages, "1 Filename and Module are different\n");
 }
 
+TEST_F(PreprocessorUses, ABodyInACycleKeepsTheNameOfItsFile)
+{
+    write("a.tl", "BODY X\n");
+    write("x.tl", "MODULE X\nUSES A\nPRIVATE\n");
+    EXPECT_EQ(read_text("MODULE M\nUSES A\nPRIVATE\n", TLP_READ_ALL), TLP_STATUS_SUCCESSFUL);
+    EXPECT_EQ(folder_messages, "");
+}
+
+TEST_F(PreprocessorUses, OneTokenThatIsNoNameEndsTheList)
+{
+    EXPECT_EQ(read_text("MODULE M\nUSES 1 NONE\nPRIVATE\n", TLP_READ_ALL), TLP_STATUS_ERRORS);
+    EXPECT_EQ(folder_messages, "3 Unexpected characters or keyword\n");
+    EXPECT_EQ(read_text("MODULE M\nUSES 0x 0x\nPRIVATE\n", TLP_READ_ALL), TLP_STATUS_ERRORS);
+    EXPECT_EQ(folder_messages, "3 Bad Hexadecimal constant\n");
+}
+
 TEST_F(PreprocessorUses, ChainsHaveALimit)
 {
     const int32_t count = 1100;
@@ -225,6 +241,17 @@ TEST_F(PreprocessorUses, AClientCanDeliverAndRefuseModules)
     TLP_SetExternalDTypeUsesChecker(nullptr, nullptr);
     EXPECT_NE(folder_messages.find("4 Compilation abandoned - mismatch between runtime"),
               std::string::npos);
+}
+
+TEST_F(PreprocessorUses, AReaderThatWarnsOfAFileThatIsNotThereGivesNoNames)
+{
+    TLP_SetExternalTLReader(nullptr, [](const char *, TLP_MODULE **, void *, TLP_MODULE *) {
+        return int32_t{ TLP_STATUS_WARNINGS };
+    });
+    EXPECT_EQ(read_text("MODULE M\nUSES NONE\nCONST INT X = NONE.K\nPRIVATE\n", TLP_READ_ALL),
+              TLP_STATUS_ERRORS);
+    TLP_SetExternalTLReader(nullptr, nullptr);
+    EXPECT_NE(folder_messages.find("'NONE.K' - Unknown identifier"), std::string::npos);
 }
 
 TEST_F(PreprocessorUses, EachModuleHasItsOwnConditionsAndTheRootsDefines)
