@@ -297,13 +297,13 @@ TLE_TERM *TLE_ChainOperand(const TLE_TERM *term)
 
 void TLE_OpenChain(TLE_CHAIN *chain, TLE_TERM *term)
 {
-    constexpr int32_t short_count = sizeof chain->short_terms / sizeof *chain->short_terms;
+    constexpr auto short_count = static_cast<int32_t>(std::size(TLE_CHAIN{}.short_terms));
     chain->count = 0;
     for (TLE_TERM *at = term; at != nullptr; at = TLE_ChainOperand(at))
         ++chain->count;
     chain->terms = chain->short_terms;
     if (chain->count > short_count) {
-        int32_t size = chain->count * static_cast<int32_t>(sizeof *chain->terms);
+        int32_t size = chain->count * static_cast<int32_t>(sizeof(TLE_TERM *));
         chain->terms = static_cast<TLE_TERM **>(SH_NameAllocate(size, "TLE:CHAIN"));
     }
     TLE_TERM *at = term;
@@ -319,6 +319,9 @@ void TLE_CloseChain(TLE_CHAIN *chain)
 static int32_t operator_code(TLC_STREAM *stream, TLE_TERM *term, int32_t mode)
 {
     const TLE_OPERATOR *record = TLE_TermOperator(term);
+    // The list of a statement in error holds operators that never got their operands.
+    const bool has_left = term->left != nullptr || record->monadic_priority != 0;
+    if (term->right == nullptr || !has_left) return 0;
     return record->code(stream, record, term, mode);
 }
 
