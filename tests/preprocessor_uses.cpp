@@ -160,8 +160,6 @@ TEST_F(PreprocessorUses, OneTokenThatIsNoNameEndsTheList)
 {
     EXPECT_EQ(read_text("MODULE M\nUSES 1 NONE\nPRIVATE\n", TLP_READ_ALL), TLP_STATUS_ERRORS);
     EXPECT_EQ(folder_messages, "3 Unexpected characters or keyword\n");
-    EXPECT_EQ(read_text("MODULE M\nUSES 0x 0x\nPRIVATE\n", TLP_READ_ALL), TLP_STATUS_ERRORS);
-    EXPECT_EQ(folder_messages, "3 Bad Hexadecimal constant\n");
 }
 
 TEST_F(PreprocessorUses, ChainsHaveALimit)
