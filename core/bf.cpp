@@ -8,7 +8,6 @@
 #include "core/sm.h"
 #include "host/host.h"
 
-#include <bit>
 #include <cerrno>
 #include <cstdlib>
 #include <iterator>
@@ -60,7 +59,7 @@ static BF_MAPPING *mappings;
 
 static BF_MAPPING *as_mapping(intptr_t handle)
 {
-    return std::bit_cast<BF_MAPPING *>(handle);
+    return reinterpret_cast<BF_MAPPING *>(handle);
 }
 
 void BF_Initialise()
@@ -190,7 +189,7 @@ int32_t BF_Size(const char *path, int32_t *size)
 int32_t BF_FileSize(intptr_t handle, int32_t *size)
 {
     for (const BF_MAPPING *mapping = mappings; mapping != nullptr; mapping = mapping->next) {
-        if (std::bit_cast<intptr_t>(mapping) != handle) continue;
+        if (reinterpret_cast<intptr_t>(mapping) != handle) continue;
         return give_size(static_cast<int64_t>(mapping->view.size), size);
     }
     return give_size(HOST_DescriptorSize(static_cast<int>(handle)), size);

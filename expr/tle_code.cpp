@@ -5,6 +5,7 @@
 #include "expr/tle_code.h"
 
 #include <cstdio>
+#include <iterator>
 
 #include <ostrum/eep.h>
 #include <ostrum/sh.h>

@@ -237,8 +237,8 @@ static consteval PLACES unit_places()
 {
     PLACES places{};
     places.fill(NO_ROW);
-    for (uint8_t row = 0; row < std::size(units); row++)
-        enter_word(places, units[row].word, row);
+    for (size_t row = 0; row < std::size(units); row++)
+        enter_word(places, units[row].word, static_cast<uint8_t>(row));
     return places;
 }
 
