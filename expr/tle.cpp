@@ -220,7 +220,8 @@ char *TLE_ExpressionChars(const TLE_TERM *term)
     const bool is_parsed =
         term != nullptr && term->kind != TLT_TOKEN_LINK && term->start != nullptr;
     const size_t length = is_parsed ? term->length : 0;
-    char *chars = static_cast<char *>(SH_AllocateBytes(length + 1));
+    char *chars =
+        static_cast<char *>(SH_NameAllocate(static_cast<int32_t>(length + 1), "TLE:ExprChars"));
     if (length != 0) memcpy(chars, term->start, length);
     return chars;
 }

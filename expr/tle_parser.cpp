@@ -290,7 +290,9 @@ static TLI_IDENTIFIER *find_data_type(const READER &reader, const char *text, in
     char name[name_capacity];
     copy_name(name, text, length);
     TLI_IDENTIFIER *type = TLIT_FindType(TLP_DataTypeDomain(reader.module), name);
-    if (type == nullptr) type = TLP_FindIdentifier(reader.module, reader.statement, name, TLI_TYPE);
+    // The language has names that are no types, such as TRUE.
+    if (type == nullptr || TLI_IdentifierClass(type) != TLI_TYPE)
+        type = TLP_FindIdentifier(reader.module, reader.statement, name, TLI_TYPE);
     if (type == nullptr) TLT_Error(reader.statement, "Unknown type");
     return type;
 }

@@ -118,6 +118,7 @@ TEST(Expressions, NamesByClass)
         { "{X}", "{X} DATA" },
         { "{X/CONNECTOR}", "{X} CONNECTOR" },
         { "{X/NONE}", "{X} <UNTYPED>|3 'NONE' - Unknown identifier|3 Unknown type" },
+        { "{X/TRUE}", "{X} <UNTYPED>|3 'TRUE' - Wrong class of identifier|3 Unknown type" },
         { "F", "<ADDRESS>F F" },
         { "M", "M <UNTYPED>|3 Strange identifier in expression" },
     };
