@@ -39,16 +39,29 @@ int32_t constant_value(TLI_IDENTIFIER *identifier, int32_t index, intptr_t *valu
     return TLE_GetConstantValue(module, term, value);
 }
 
-// A value that is not a number is a text, or a term that names something by its text.
+// The text of a value that is no number: a string, or a term that names something by its text.
+const char *text_of(TLE_TERM *term, intptr_t value)
+{
+    if (term->kind == TLT_TOKEN_NULL || value == 0) return "";
+    const bool is_string = TLIT_TypeBaseType(nullptr, term->type) == TLIT_StringType;
+    return is_string ? reinterpret_cast<const char *>(value) : TLE_TermValue(term);
+}
+
+bool is_number(const TLE_TERM *term)
+{
+    return term->kind != TLT_TOKEN_DATA_LITERAL &&
+           TLIT_IntegerType(TLIT_TypeBaseType(nullptr, term->type));
+}
+
 void print_value(FILE *stream, TLE_TERM *term, TLP_MODULE *module)
 {
     intptr_t value = 0;
     if (term == nullptr || term->kind == TLT_TOKEN_LINK) return;
     if (!TLE_GetConstantValue(module, term, &value)) return;
-    if (term->kind == TLT_TOKEN_NUMBER) {
+    if (is_number(term)) {
         fprintf(stream, "%d", static_cast<int32_t>(value));
     } else {
-        fprintf(stream, "\"%s\"", term->kind != TLT_TOKEN_NULL ? TLE_TermValue(term) : "");
+        fprintf(stream, "\"%s\"", text_of(term, value));
     }
 }
 
