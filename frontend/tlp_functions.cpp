@@ -54,15 +54,14 @@ bool parse_int_constant(const HEAD &head, int32_t *value)
     return is_constant;
 }
 
-// ( number [ , flags ] )
+// ( number [ , flags ] ). Without a number the function is declared, but not registered, so that its
+// uses raise no messages of their own.
 bool parse_syscall_number(HEAD *head)
 {
     if (!TLT_Expect(head->statement, TLT_TOKEN_OPEN_BRACKET, nullptr)) return false;
-    if (!parse_int_constant(*head, &head->number)) return false;
-    head->has_number = true;
-    if (TLT_PossibleToken(head->statement, TLT_TOKEN_COMMA, nullptr) &&
-        !parse_int_constant(*head, &head->flags)) {
-        return false;
+    head->has_number = parse_int_constant(*head, &head->number);
+    if (TLT_PossibleToken(head->statement, TLT_TOKEN_COMMA, nullptr)) {
+        parse_int_constant(*head, &head->flags);
     }
     return TLT_Expect(head->statement, TLT_TOKEN_CLOSE_BRACKET, nullptr) != 0;
 }

@@ -176,6 +176,11 @@ TEST(Declarations, SyscallsCarryTheNumberOfTheirLibrary)
     EXPECT_EQ(EEP_SyscallFlags(registry, 3 * 256 + 5), 128u);
     EXPECT_EQ(TLIV_FunctionClass(source.find("F")), TLP_SECTION_SYSCALL);
     EXPECT_EQ(TLIV_ExtraArgumentsAllowed(source.find("F")), 1);
+    source.parse("SYSCALL (\"x\", 1) INT G(INT A)");
+    EXPECT_EQ(source.messages(), "'INT' constant expected here");
+    ASSERT_NE(source.find("G"), nullptr);
+    EXPECT_EQ(TLIV_FunctionClass(source.find("G")), TLP_SECTION_SYSCALL);
+    EXPECT_EQ(EEP_Syscall(registry, "M.G"), 0);
 }
 
 TEST(Declarations, LinesBehindFunctionDeclareInGlobals)
