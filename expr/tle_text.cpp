@@ -77,14 +77,25 @@ static int32_t subscript_text(TLC_STREAM *stream, TLE_TERM *term)
     return done;
 }
 
-/* How C reaches an identifier: a reference is a pointer there, a mere array its own address. */
-static const char *c_reach(TLE_TERM *term, int32_t mode)
+/* A name with nothing behind it that stands for a whole array. */
+static bool names_array(const TLE_TERM *term)
 {
-    if (TLIV_ArgumentPassType(term->identifier) != TLIV_BY_VALUE) {
-        return mode == TLE_MODE_VALUE ? "(*%s)" : "%s";
-    }
+    return term->left == nullptr && term->identifier != nullptr &&
+           (TLI_IdentifierFlags(term->identifier) & TLI_DIMENSIONED) != 0;
+}
+
+/*
+ * How C reaches an identifier: a reference is a pointer there, to the first element where it is to
+ * an array, and an array is by itself the address of its elements.
+ */
+static const char *c_reach(const TLE_TERM *term, int32_t mode)
+{
+    bool is_reference = TLIV_ArgumentPassType(term->identifier) != TLIV_BY_VALUE;
+    bool is_dimensioned = (TLI_IdentifierFlags(term->identifier) & TLI_DIMENSIONED) != 0;
+    if (is_reference && !is_dimensioned) return mode == TLE_MODE_VALUE ? "(*%s)" : "%s";
     if (mode == TLE_MODE_VALUE) return "%s";
-    return mode == TLE_MODE_EXTENT && term->left == nullptr ? "%s" : "&%s";
+    bool is_address = names_array(term) && (is_reference || mode == TLE_MODE_EXTENT);
+    return is_address ? "%s" : "&%s";
 }
 
 static int32_t identifier_text(TLC_STREAM *stream, TLE_TERM *term, int32_t mode)
@@ -299,10 +310,24 @@ static int32_t write_chain(TLC_STREAM *stream, const TLE_CHAIN &chain)
     return written;
 }
 
+/* The field that a selection ends with. */
+static const TLE_TERM *last_field(const TLE_TERM *term)
+{
+    while (level_of(term) == LEVEL_SELECTION && term->right != nullptr)
+        term = term->right;
+    return term;
+}
+
+/* In C the address of a field has its sign, but the extent of an array is the array itself. */
+static bool has_address_sign(const TLE_TERM *term, int32_t mode)
+{
+    if (mode == TLE_MODE_VALUE || level_of(term) != LEVEL_SELECTION) return false;
+    return mode != TLE_MODE_EXTENT || !names_array(last_field(term));
+}
+
 int32_t TLE_OperatorText(TLC_STREAM *stream, TLE_TERM *term, int32_t mode)
 {
-    bool is_field = level_of(term) == LEVEL_SELECTION;
-    if (is_field && mode != TLE_MODE_VALUE) write_text(stream, "&", "");
+    if (has_address_sign(term, mode)) write_text(stream, "&", "");
     TLE_CHAIN chain;
     TLE_OpenChain(&chain, term);
     int32_t written = write_chain(stream, chain);

@@ -235,9 +235,19 @@ TEST(ExpressionText, C)
         { "H(X)", "(*H)(X);" },
         { "X = V", "X=(*V);" },
         { "BY_VAR(V)", "M_BY_VAR(V);" },
+        { "X = W[I]", "X=W[I];" },
+        { "BY_VARS(W)", "M_BY_VARS(W);" },
+        { "BY_VARS(W[2])", "M_BY_VARS(&W[2]);" },
+        { "BY_VARS(A)", "M_BY_VARS(A);" },
+        { "BY_VARS(A[I])", "M_BY_VARS(&A[I]);" },
+        { "BY_VARS(X)", "M_BY_VARS(&X);" },
+        { "BY_VARS(V)", "M_BY_VARS(V);" },
+        { "BY_VARS(R:LIST)", "M_BY_VARS(R.LIST);" },
+        { "BY_VARS(R:LIST[I])", "M_BY_VARS(&R.LIST[I]);" },
+        { "BY_VARS(R:LEFT)", "M_BY_VARS(&R.LEFT);" },
     };
     for (const Row &row : rows) {
-        CompiledSource source(function(row.statement, "VAR INT V"));
+        CompiledSource source(function(row.statement, "VAR INT V, VAR INT W[]"));
         EXPECT_EQ(source.text("F", TLC_TARGET_C), "  " + std::string(row.expected) + "\n")
             << row.statement << "\n"
             << source.messages;
