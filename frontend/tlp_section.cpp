@@ -295,7 +295,10 @@ int32_t TLP_ParseSection(TLP_MODULE *module, TLP_SECTION *section)
 {
     while (module->open_functions != nullptr)
         TLP_CloseFunction(module);
-    if (section->type == TLP_SECTION_HEADER) rebuild_module(module);
+    if (section->type == TLP_SECTION_HEADER)
+        rebuild_module(module);
+    else if (module->domain == nullptr) // a client made the module, and begins behind its header
+        TLP_MakeDomain(module);
     TLT_ResetCounters();
     section->status = TLP_STATUS_SUCCESSFUL;
     module->current_section = section;

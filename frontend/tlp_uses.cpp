@@ -36,7 +36,8 @@ static void push_used(TLP_USED_MODULE **list, TLP_MODULE *module)
 void TLP_UseIncludedModule(TLP_MODULE *module)
 {
     TLP_MODULE *root = module->root;
-    if (root == nullptr || root == module || root->domain == nullptr) return;
+    if (root == nullptr || root == module) return;
+    if (root->domain == nullptr || module->domain == nullptr) return;
     if (!TLI_IsUsedDomain(root->domain, module->name)) {
         push_used(&root->used_modules, module);
         HS_NewName(root->used_names, module->name, reinterpret_cast<intptr_t>(module));

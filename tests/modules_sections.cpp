@@ -262,6 +262,19 @@ TEST_F(ModulesSections, ARecordAtTheEndOfASectionLeavesTheStatics)
     EXPECT_EQ(folder_messages, "");
 }
 
+TEST_F(ModulesSections, AClientCanMakeAModuleOfOneBody)
+{
+    module = TLP_NewModule("", nullptr);
+    TLP_SetModuleName(module, "made");
+    TLP_SECTION *section = TLP_NewSection(TLP_SECTION_FUNCTION, "F");
+    TLP_LinkSection(module, section);
+    for (const char *text : { "FUNCTION INT F(INT A)", "VAR INT B", "BEGIN", "  RETURN A", "END" })
+        TLP_AddStatement(section, TLT_NewStatement(text, "made.tl", 1, 1));
+    EXPECT_EQ(TLP_ParseSection(module, section), TLP_STATUS_SUCCESSFUL);
+    EXPECT_NE(TLP_SectionBlock(module, section), nullptr);
+    EXPECT_EQ(folder_messages, "");
+}
+
 TEST_F(ModulesSections, TextsOfStatus)
 {
     EXPECT_STREQ(TLP_Message(TLP_STATUS_NOT_OPENED), "File cannot be opened");
