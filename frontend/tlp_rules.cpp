@@ -67,8 +67,15 @@ TLE_TERM *drop(TLE_TERM *list)
     return nullptr;
 }
 
+bool fail(TLE_TERM *list)
+{
+    TLE_DelExpression(list);
+    return false;
+}
+
 // The fields of a record between brackets, in their order; a comma behind each may be there or not.
-TLE_TERM *parse_fields(const TARGET &record)
+// A record that has no fields yet gives a null list.
+bool parse_fields(const TARGET &record, TLE_TERM **fields)
 {
     TLE_TERM *list = nullptr;
     int32_t dimension = 0;
@@ -80,37 +87,38 @@ TLE_TERM *parse_fields(const TARGET &record)
                                           .type = type,
                                           .depth = record.depth + 1 },
                                         &dimension);
-        if (values == nullptr) return drop(list);
+        if (values == nullptr) return fail(list);
         list = append(list, values, type);
         TLT_PossibleToken(record.statement, TLT_TOKEN_COMMA, nullptr);
     }
-    return list;
+    *fields = list;
+    return true;
 }
 
-TLE_TERM *parse_record(const TARGET &target)
+bool parse_record(const TARGET &target, TLE_TERM **fields)
 {
     if (target.depth >= nesting_limit) {
         TLT_Error(target.statement, "Expression too complex");
-        return nullptr;
+        return false;
     }
-    if (!TLT_Expect(target.statement, TLT_TOKEN_OPEN_BRACKET, nullptr)) return nullptr;
-    TLE_TERM *list = parse_fields(target);
-    if (list == nullptr) return nullptr;
-    return TLT_Expect(target.statement, TLT_TOKEN_CLOSE_BRACKET, nullptr) ? list : drop(list);
+    if (!TLT_Expect(target.statement, TLT_TOKEN_OPEN_BRACKET, nullptr)) return false;
+    if (!parse_fields(target, fields)) return false;
+    return TLT_Expect(target.statement, TLT_TOKEN_CLOSE_BRACKET, nullptr) || fail(*fields);
 }
 
-TLE_TERM *parse_value(const TARGET &target)
+bool parse_value(const TARGET &target, TLE_TERM **result)
 {
-    if (TLIT_IsRecordType(target.type)) return parse_record(target);
+    if (TLIT_IsRecordType(target.type)) return parse_record(target, result);
     TLE_TERM *term = TLE_ParseExpression(target.module, target.statement, TLE_USE_CONSTANT,
                                          TLT_TOKEN_CLOSE_BRACKET);
-    if (term == nullptr) return nullptr;
+    if (term == nullptr) return false;
     intptr_t value = 0;
     if (!TLE_ConstantValue(target.module, target.statement, term, target.type, &value, 0)) {
-        return drop(term);
+        return fail(term);
     }
     TLE_CoerceTerm(term, target.type);
-    return term;
+    *result = term;
+    return true;
 }
 
 // A value that failed has had its message: the others are read, and the list is dropped.
@@ -123,8 +131,8 @@ TLE_TERM *parse_values(const TARGET &target, int32_t *dimension)
     bool has_failed = false;
     int32_t count = 0;
     do {
-        TLE_TERM *value = parse_value(target);
-        if (value != nullptr) {
+        TLE_TERM *value = nullptr;
+        if (parse_value(target, &value)) {
             list = append(list, value, target.type);
         } else {
             has_failed = true;

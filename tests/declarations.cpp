@@ -117,6 +117,7 @@ TEST(Declarations, RulesTellWhatTheyExpect)
         { "CONST INT R = 1\nTYPEDEF RECORD R (INT A)", "Name is not a RECORD type" },
         { "TYPEDEF RECORD R (INT A, B)", "'B' - Unknown identifier" },
         { "TYPEDEF RECORD R (INT A", "')' expected here" },
+        { "TYPEDEF -> R P\nCONST R A = ()", "Illegal type for constant" },
         { "TYPEDEF -> INT P", "POINTERs can only point to RECORDs" },
         { "PRAGMA (3, X)", "IDENTIFIER expected here" },
         { "PRAGMA (NOTHING, X)", "'NOTHING' - Unknown identifier" },
