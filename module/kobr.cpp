@@ -210,16 +210,14 @@ static constexpr KOBR_TABLE tables[] = {
     { .offset_field = HEADER_FRAMES, .count_field = HEADER_FRAME_COUNT, .check = check_frame },
 };
 
-/** Gives the bytes that a table covers; bad if one of its records leaves the file. */
+/** Gives the bytes that a table covers; bad if it or one of its records leaves the file. */
 static size_t check_table(KOBR_CURSOR *file, const KOBR_TABLE &table)
 {
     uint32_t count = get_word(file->data, table.count_field);
-    if (count == 0) return 0;
     uint32_t start = get_word(file->data, table.offset_field);
-    if (start < HEADER_SIZE || start > file->size) {
-        file->bad = true;
-        return 0;
-    }
+    // The place of an empty table is given out too.
+    if (start > file->size || (count != 0 && start < HEADER_SIZE)) file->bad = true;
+    if (file->bad || count == 0) return 0;
     file->at = start;
     for (uint32_t i = 0; i < count && !file->bad; i++)
         table.check(file);
@@ -540,8 +538,9 @@ void KOBR_Reserve(uint8_t **module, int32_t count)
 
 void KOBR_SettleCapacity(uint8_t *module)
 {
-    uint32_t steps = get_host(module, HEADER_POSITION) / BUFFER_STEP + 1;
-    put_host(module, HEADER_CAPACITY, steps * BUFFER_STEP);
+    uint32_t settled = (get_host(module, HEADER_POSITION) / BUFFER_STEP + 1) * BUFFER_STEP;
+    // A block that is full to the last byte stays told as full.
+    if (settled < get_host(module, HEADER_CAPACITY)) put_host(module, HEADER_CAPACITY, settled);
 }
 
 static void append(uint8_t **module, const uint8_t *bytes, int32_t count)

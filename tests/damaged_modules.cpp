@@ -165,6 +165,15 @@ TEST_F(DamagedModules, FieldsThatLeaveTheFileAreRefused)
     }
 }
 
+TEST_F(DamagedModules, PlaceOfAnEmptyTableLiesInTheFile)
+{
+    std::string bytes = good;
+    bytes.replace(118, 4, std::string(4, '\0')); // no frames
+    EXPECT_EQ(0, try_bytes(bytes));
+    bytes.replace(114, 4, "\x7F\xFF\xFF\xFF");
+    EXPECT_EQ(7, try_bytes(bytes));
+}
+
 TEST_F(DamagedModules, UnendedNamesAndWrongRecordsAreRefused)
 {
     size_t symbols = (uint8_t)good[108] << 8 | (uint8_t)good[109];
