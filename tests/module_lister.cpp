@@ -115,6 +115,21 @@ TEST_F(ModuleLister, OverviewFitsAScreen)
     expect_line("  frames   1: 1 FUNCTION");
 }
 
+TEST_F(ModuleLister, OverviewCountsUnknownClassesTogether)
+{
+    KOB_MODULE *module = nullptr;
+    ASSERT_EQ(0, KOB_NewModule(&module, file.c_str(), 0, "1.0", 0));
+    for (int32_t i = 0; i < 200; i++)
+        KOB_Symbol(module, KOB_CLASS_COUNT + i, "A", "CODE", 0);
+    for (int32_t i = 0; i < 200; i++)
+        KOBD_Frame(module, nullptr, std::to_string(i).c_str(), i - 100, 0, 0);
+    ASSERT_EQ(0, KOB_CloseModule(module, 0, 1));
+    EXPECT_EQ(0, run("m.kob"));
+    expect_line("  symbols  200: 200 <UNKNOWN CLASS>");
+    expect_line("  frames   200: 1 FUNCTION, 1 TREE, 1 STATIC DATA, 1 RECORD, 1 ENUMERATION, "
+                "195 <UNKNOWN CLASS>");
+}
+
 TEST_F(ModuleLister, CodeIsDividedAndNamed)
 {
     EXPECT_EQ(0, run("-c m.kob"));

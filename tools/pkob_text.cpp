@@ -83,9 +83,12 @@ static void print_header(const PKOB_MODULE &module)
     printf("  debug frames    %zu\n\n", module.frames.size());
 }
 
-/** "3 GLOBAL, 1 SOURCE": how many of each class there are. */
-static std::string count_classes(std::vector<int32_t> classes, const char *(*class_name)(int32_t))
+/** "3 GLOBAL, 1 SOURCE": how many of each class there are; unknown ones are one class, the last. */
+static std::string count_classes(std::vector<int32_t> classes, int32_t known,
+                                 const char *(*class_name)(int32_t))
 {
+    for (int32_t &code : classes)
+        if (code < 0 || code > known) code = known;
     std::sort(classes.begin(), classes.end());
     std::string text;
     for (size_t i = 0; i < classes.size();) {
@@ -104,7 +107,7 @@ static std::string symbol_counts(const PKOB_MODULE &module)
     std::vector<int32_t> classes;
     for (const PKOB_SYMBOL &symbol : module.symbols)
         classes.push_back(symbol.symbol_class);
-    return count_classes(classes, KOB_ClassName);
+    return count_classes(classes, KOB_CLASS_COUNT, KOB_ClassName);
 }
 
 static std::string frame_counts(const PKOB_MODULE &module)
@@ -112,7 +115,7 @@ static std::string frame_counts(const PKOB_MODULE &module)
     std::vector<int32_t> classes;
     for (const PKOB_FRAME &frame : module.frames)
         classes.push_back(frame.frame_class);
-    return count_classes(classes, KOBD_ClassName);
+    return count_classes(classes, KOBD_CLASS_COUNT, KOBD_ClassName);
 }
 
 static void print_sources(const PKOB_MODULE &module)
