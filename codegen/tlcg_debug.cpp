@@ -7,6 +7,7 @@
 #include "codegen/tlcg.h"
 
 #include "core/sh.h"
+#include "names/tlit.h"
 #include <ostrum/kobd.h>
 #include <ostrum/st.h>
 #include <ostrum/tli.h>
@@ -49,12 +50,10 @@ static void add_enumeration(TLCG_CONTEXT *context, TLI_IDENTIFIER *type)
     KOBD_FRAME *frame = nullptr;
     const char *name = TLI_FullName(type);
     if (!add_frame(context, &frame, name, FRAME_ENUM, 0, declaration_line(type))) return;
-    const int32_t count = TLIT_EnumRange(type);
-    for (int32_t ordinal = 0; ordinal < count; ordinal++) {
-        TLI_IDENTIFIER *value = TLIT_EnumGetValue(type, ordinal);
-        if (value == nullptr) continue;
-        KOBD_Entry(frame, nullptr, TLI_IdentifierName(value), "", 0, 0, ordinal);
-    }
+    // Along the list: a search by ordinal starts at the first value each time.
+    const TLIT_ENUM_VALUE *value = TLIT_AsType(type)->values;
+    for (; value != nullptr; value = value->next)
+        KOBD_Entry(frame, nullptr, value->identifier.name, "", 0, 0, held(value->number));
 }
 
 /** Makes the frame of a record type; its fields come from the list of records. */
