@@ -139,7 +139,10 @@ const char *TLC_IdentifierSymbol(TLI_IDENTIFIER *identifier, char *buffer);
 /** The value of a flag name of the pragma TOLL_KOB_FLAG; 0 for a name that is not known. */
 uint32_t TLC_FlagValue(const char *name);
 
-/** Emits an opcode as TLC_PCode does, but never folds it with what stands before it. */
+/**
+ * Emits an opcode that folds neither with what stands before it nor with what comes behind: a symbol
+ * marks its place, and the byte there has to stay.
+ */
 void TLC_PlainPCode(TLC_STREAM *stream, int32_t code);
 
 /** Emits a 32-bit static offset, to be listed in the module's static offset table. */

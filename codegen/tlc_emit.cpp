@@ -86,7 +86,7 @@ static uint8_t *put_plain(TLC_STREAM *stream, uint32_t count)
 
 void TLC_PlainPCode(TLC_STREAM *stream, int32_t code)
 {
-    put_code(stream, code & 0xff);
+    *put_plain(stream, 1) = static_cast<uint8_t>(code);
 }
 
 void TLC_PCode(TLC_STREAM *stream, int32_t code)

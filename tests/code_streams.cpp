@@ -580,6 +580,17 @@ TEST_F(CodeStreams, CallsOfFunctionsAndUserCodes)
     EXPECT_EQ(references, expected_references);
 }
 
+TEST_F(CodeStreams, UserCodesStayWhereTheirSymbolIs)
+{
+    TLI_IDENTIFIER *user = function("USER", 1, 1);
+    TLI_Pragma(user, "PCODE", "1");
+    TLC_PSECT *section = TLC_NewPSect(stream);
+    TLC_Literal(stream, 5);
+    EXPECT_EQ(TLC_Call(stream, user, 1), 1);
+    TLC_PCode(stream, EEP_MUL);
+    EXPECT_EQ(bytes_of(section), (Bytes{ 5, 1, EEP_MUL }));
+}
+
 TEST_F(CodeStreams, CallsOfSyscalls)
 {
     EEP_NewSyscall(TLP_SyscallData(module), "M.BRIEF", 5, 0x100);
