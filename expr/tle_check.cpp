@@ -138,6 +138,7 @@ static int32_t check_term(TLP_MODULE *module, TLT_STATEMENT *statement, TLE_TERM
 
 int32_t TLE_CheckTree(TLP_MODULE *module, TLT_STATEMENT *statement, TLE_TERM *root)
 {
+    if (root->left == nullptr && root->right == nullptr) return check_term(module, statement, root);
     start_walk(&root);
     for (;;) {
         TLE_TERM **slot = next_in_walk();
@@ -168,6 +169,7 @@ static void replace_term(TLE_TERM **slot, TLE_TERM *replacement)
 
 TLE_TERM *TLE_SimplifyTree(TLP_MODULE *module, TLE_TERM *root)
 {
+    if (root->kind >= 0 && root->left == nullptr && root->right == nullptr) return root;
     start_walk(&root);
     for (;;) {
         TLE_TERM **slot = next_in_walk();

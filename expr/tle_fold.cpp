@@ -7,6 +7,8 @@
  */
 #include "expr/tle_parser.h"
 
+#include <bit>
+
 #include "core/sh.h"
 #include <ostrum/tlt.h>
 
@@ -197,32 +199,35 @@ static bool fold_from_right(size_t base, int32_t level)
     return is_good;
 }
 
-static bool fold_level(size_t base, int32_t level)
-{
-    return fold_from_left(base, level) && fold_from_right(base, level);
-}
+// Bit n is set if level n occurs among the operators, in whichever form.
+struct LEVELS {
+    uint32_t from_left;
+    uint32_t from_right;
+};
 
-/** Bit n is set if level n occurs among the operators, in whichever form. */
-static uint32_t levels_present(size_t base)
+static LEVELS levels_present(size_t base)
 {
-    uint32_t levels = 0;
+    LEVELS levels = {};
     for (size_t i = base; i < item_count; i++) {
         const TLE_OPERATOR *op = items[i].op;
         if (op == nullptr) continue;
-        levels |= 1U << (op->monadic_priority & 31);
-        levels |= 1U << (op->dyadic_priority & 31);
+        const uint32_t both = 1U << (op->monadic_priority & 31) | 1U << (op->dyadic_priority & 31);
+        uint32_t *side = op->right_to_left == 0 ? &levels.from_left : &levels.from_right;
+        *side |= both & ((2U << highest_level) - 2);
     }
-    return levels & ((2U << highest_level) - 2);
+    return levels;
 }
 
 /** Folds the levels from the tightest down; false if an operator lacks an operand. */
 static bool fold_levels(size_t base)
 {
-    const uint32_t levels = levels_present(base);
-    if (levels == 0) return true;
-    for (int32_t level = highest_level; level > 0; level--) {
-        if ((levels >> level & 1) == 0) continue;
-        if (!fold_level(base, level)) return false;
+    const LEVELS levels = levels_present(base);
+    for (uint32_t rest = levels.from_left | levels.from_right; rest != 0;) {
+        const int32_t level = static_cast<int32_t>(std::bit_width(rest)) - 1;
+        const uint32_t bit = 1U << level;
+        rest ^= bit;
+        if ((levels.from_left & bit) != 0 && !fold_from_left(base, level)) return false;
+        if ((levels.from_right & bit) != 0 && !fold_from_right(base, level)) return false;
     }
     return true;
 }
