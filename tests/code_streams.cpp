@@ -16,6 +16,7 @@
 #include <ostrum/tls.h>
 #include <ostrum/tlt.h>
 #include <string>
+#include <unistd.h>
 #include <vector>
 
 namespace
@@ -68,7 +69,7 @@ protected:
     /** Writes the stream as a module, reads it back and gives its code. */
     Bytes code_of_module()
     {
-        path = testing::TempDir() + "code_streams.kob";
+        path = testing::TempDir() + "code_streams." + std::to_string(getpid()) + ".kob";
         KOB_MODULE *object = nullptr;
         EXPECT_EQ(KOB_NewNameModule(&object, path.c_str(), 0, "1", "M"), 0);
         TLC_GenerateObjectCode(stream, object);
