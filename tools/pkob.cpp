@@ -5,6 +5,8 @@
 #include <cstring>
 #include <getopt.h>
 
+OSTRUM_VERSION_BLOCK("pkob", OSTRUM_VERSION, OSTRUM_VERSION, "MIT license");
+
 enum { STATUS_DONE, STATUS_FAILED, STATUS_USAGE };
 
 enum { OPTION_JSON = 256, OPTION_HELP, OPTION_VERSION }; // above every character that is an option

@@ -11,6 +11,8 @@
 #include "toll_options.h"
 #include "toll_output.h"
 
+OSTRUM_VERSION_BLOCK("toll", OSTRUM_VERSION, OSTRUM_VERSION, "MIT license");
+
 namespace
 {
 
