@@ -45,7 +45,7 @@ enum {
 };
 
 // Deepest recursion that a finished tree can ask for. Brackets within their own limit stay below it.
-static constexpr int32_t TLE_MAX_HEIGHT = 16000;
+static constexpr int32_t TLE_MAX_HEIGHT = 6000;
 
 // The operator of a term, null if the term is none.
 const TLE_OPERATOR *TLE_TermOperator(const TLE_TERM *term);

@@ -276,7 +276,7 @@ TEST(Operators, LongChainsHaveCode)
     std::string stores = "A";
     for (int i = 0; i < 100000; i++)
         sum += " + A";
-    for (int i = 0; i < 15000; i++)
+    for (int i = 0; i < 5500; i++)
         stores = "A = " + stores;
     EXPECT_EQ(code_of(&source, sum).size(), 6U + 100000 * 11);
     EXPECT_EQ(source.messages(), "");
