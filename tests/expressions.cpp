@@ -332,7 +332,7 @@ TEST(Expressions, LongChains)
     const TLE_TERM *term = source.tree("P" + repeated("->NEXT", 100000), TLE_USE_CONDITION);
     ASSERT_NE(term, nullptr);
     EXPECT_STREQ(TLE_TypeText(term), "PAIR_AT");
-    source.tree(repeated("A = ", 10000) + "A", TLE_USE_STATEMENT);
+    source.tree(repeated("A = ", 5500) + "A", TLE_USE_STATEMENT);
     EXPECT_EQ(source.messages(), "");
     source.tree(repeated("A = ", 20000) + "A", TLE_USE_STATEMENT);
     EXPECT_EQ(source.messages(), "|3 Expression too complex");
