@@ -1,5 +1,6 @@
 /*
- * Built-in functions: the way from a term to the record of its function.
+ * Built-in functions: the way from a term to the record of its function, and the questions about
+ * arguments that several of them ask.
  */
 #include "expr/tlb.h"
 
@@ -8,6 +9,8 @@
 #include <ostrum/tlc.h>
 #include <ostrum/tli.h>
 #include <ostrum/tlit.h>
+
+// Dispatch
 
 static const TLB_BUILT_IN *record_of(const TLE_TERM *term)
 {
@@ -62,7 +65,78 @@ int32_t TLB_GenerateCode(TLC_STREAM *stream, TLE_TERM *term)
     return 0;
 }
 
+// Names
+
+static void declare(const TLB_BUILT_IN *record)
+{
+    TLIT_BuiltInFunction(record->name, record);
+}
+
 void TLB_Initialise()
 {
+    static bool is_done;
+    if (is_done) return;
+    is_done = true;
     TLI_Initialise();
+    static const TLB_BUILT_IN *const before_directions[] = { &TLB_Abs, &TLB_Cast, &TLB_Qty };
+    static const TLB_BUILT_IN *const behind_directions[] = {
+        &TLB_Cvt,  &TLB_Cvts,   &TLB_Min,     &TLB_Max,     &TLB_Upb,
+        &TLB_Attr, &TLB_Create, &TLB_Release, &TLB_ToFloat, &TLB_Round,
+    };
+    for (const TLB_BUILT_IN *record : before_directions)
+        declare(record);
+    TLB_MakeDirections();
+    for (const TLB_BUILT_IN *record : behind_directions)
+        declare(record);
+}
+
+// Arguments
+
+TLI_IDENTIFIER *TLB_ArgumentType(TLE_TERM *term, int32_t index)
+{
+    return TLE_ExpressionType(TLE_CallArgument(term, index));
+}
+
+bool TLB_HasBase(TLI_IDENTIFIER *type, const TLI_IDENTIFIER *base)
+{
+    return type != nullptr && TLIT_TypeBaseType(nullptr, type) == base;
+}
+
+bool TLB_IsIntegerBased(TLI_IDENTIFIER *type)
+{
+    return type != nullptr && TLIT_IntegerType(TLIT_TypeBaseType(nullptr, type));
+}
+
+bool TLB_IsEnumeration(TLI_IDENTIFIER *type)
+{
+    return TLIT_TypeSubclass(nullptr, type) == TLIT_SUBCLASS_ENUMERATION;
+}
+
+int32_t TLB_ArgumentCode(TLC_STREAM *stream, TLE_TERM *term, int32_t index)
+{
+    return TLE_TermCode(stream, TLE_CallArgument(term, index), TLE_MODE_VALUE);
+}
+
+/** A cast or a member binds to what stands next to it. */
+static bool needs_brackets(const TLE_TERM *argument)
+{
+    if (argument == nullptr) return false;
+    if (argument->kind == TLT_TOKEN_COLON || argument->kind == TLT_TOKEN_ARROW) return false;
+    return TLE_TermOperator(argument) != nullptr || argument->kind == TLT_TOKEN_DATA_LITERAL ||
+           TLE_IsNegativeLiteral(argument) || TLB_IsDifference(argument);
+}
+
+int32_t TLB_TightArgument(TLC_STREAM *stream, TLE_TERM *term, int32_t index)
+{
+    TLE_TERM *argument = TLE_CallArgument(term, index);
+    const bool has_brackets = needs_brackets(argument);
+    if (has_brackets) fputs("(", TLC_CFile(stream));
+    const int32_t written = TLE_TermCode(stream, argument, TLE_MODE_VALUE);
+    if (has_brackets) fputs(")", TLC_CFile(stream));
+    return written;
+}
+
+bool TLB_IsDifference(const TLE_TERM *term)
+{
+    return term->kind == TLE_BUILT_IN && record_of(term) == &TLB_Upb;
 }

@@ -1,4 +1,4 @@
-// The record of a built-in function.
+// The records of the built-in functions, and what their checks and generators share.
 #pragma once
 
 #include <ostrum/tlb.h>
@@ -18,3 +18,49 @@ struct TLB_BUILT_IN {
     int32_t (*c_text)(const TLB_BUILT_IN *record, TLC_STREAM *stream, TLE_TERM *term);
     int32_t (*java_text)(const TLB_BUILT_IN *record, TLC_STREAM *stream, TLE_TERM *term);
 };
+
+// Values and their types
+extern const TLB_BUILT_IN TLB_Abs;
+extern const TLB_BUILT_IN TLB_Cast;
+extern const TLB_BUILT_IN TLB_ToFloat;
+extern const TLB_BUILT_IN TLB_Round;
+
+// Quantities and their units
+extern const TLB_BUILT_IN TLB_Qty;
+extern const TLB_BUILT_IN TLB_Cvt;
+extern const TLB_BUILT_IN TLB_Cvts;
+
+// Ranges
+extern const TLB_BUILT_IN TLB_Min;
+extern const TLB_BUILT_IN TLB_Max;
+extern const TLB_BUILT_IN TLB_Upb;
+
+// Attributes of data items
+extern const TLB_BUILT_IN TLB_Attr;
+
+// Objects
+extern const TLB_BUILT_IN TLB_Create;
+extern const TLB_BUILT_IN TLB_Release;
+
+// Makes the enumeration of the directions of a unit conversion.
+void TLB_MakeDirections();
+
+// Type of an argument, from 0; null past the last and for an argument without a type.
+TLI_IDENTIFIER *TLB_ArgumentType(TLE_TERM *term, int32_t index);
+
+// Is this the base type of a type? False for null.
+bool TLB_HasBase(TLI_IDENTIFIER *type, const TLI_IDENTIFIER *base);
+
+// Is the base type one of the integers? INT, CHAR, SHORT, quantities and enumerations have one.
+bool TLB_IsIntegerBased(TLI_IDENTIFIER *type);
+
+bool TLB_IsEnumeration(TLI_IDENTIFIER *type);
+
+// Generates the value of an argument, from 0. 1, or 0 after a report.
+int32_t TLB_ArgumentCode(TLC_STREAM *stream, TLE_TERM *term, int32_t index);
+
+// Writes an argument as text for a place that binds tighter than any operator.
+int32_t TLB_TightArgument(TLC_STREAM *stream, TLE_TERM *term, int32_t index);
+
+// Does the text of this term end in an operator's operand, as that of a difference does?
+bool TLB_IsDifference(const TLE_TERM *term);

@@ -7,9 +7,9 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "expr/tlb.h"
 #include "names/tliv.h"
 #include <ostrum/st.h>
-#include <ostrum/tlb.h>
 #include <ostrum/tlc.h>
 #include <ostrum/tlcj.h>
 #include <ostrum/tli.h>
@@ -232,6 +232,7 @@ static const TEXT_ROW *find_row(const TLE_TERM *term)
 static int32_t level_of(const TLE_TERM *term)
 {
     const TEXT_ROW *row = find_row(term);
+    if (row == nullptr && TLB_IsDifference(term)) return LEVEL_SUM;
     if (row == nullptr) return TLE_IsNegativeLiteral(term) ? LEVEL_SIGN : LEVEL_OPERAND;
     return term->left == nullptr ? static_cast<int32_t>(LEVEL_SIGN) : row->level;
 }
