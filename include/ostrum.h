@@ -46,6 +46,7 @@
 #include <ostrum/tle.h>
 #include <ostrum/tlo.h>
 #include <ostrum/tls.h>
+#include <ostrum/tlss.h>
 
 /* Code generation */
 #include <ostrum/eep.h>

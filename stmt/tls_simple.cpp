@@ -3,6 +3,7 @@
  * the parsers of FUNCTION and TREE blocks.
  */
 #include "stmt/tls.h"
+#include "stmt/tlss.h"
 
 #include <cstdio>
 
@@ -131,7 +132,7 @@ const TLS_STATEMENT_CLASS TLS_FunctionClass = {
     .c_code = nullptr,
     .java_code = nullptr,
     .delete_statement = delete_function,
-    .tree = nullptr,
+    .tree = TLSS_HeadTree,
     .node_section = nullptr,
     .tree_callbacks = nullptr,
 };
@@ -355,11 +356,20 @@ static constexpr TOKEN_ROW function_rows[] = {
     { .token = TLT_TOKEN_END, .parse = end_statement },
     { .token = TLT_TOKEN_RETURN, .parse = return_statement },
     { .token = TLT_TOKEN_END_OF_LINE, .parse = empty_statement },
+    { .token = TLT_TOKEN_SWITCH, .parse = TLSS_SwitchStatement },
+    { .token = TLT_TOKEN_CASE, .parse = TLSS_CaseStatement },
+    { .token = TLT_TOKEN_DEFAULT, .parse = TLSS_DefaultStatement },
 };
 
 static constexpr TOKEN_ROW tree_rows[] = {
     { .token = TLT_TOKEN_END, .parse = end_statement },
     { .token = TLT_TOKEN_END_OF_LINE, .parse = empty_statement },
+    { .token = TLT_TOKEN_NODE, .parse = TLSS_SwitchStatement },
+    { .token = TLT_TOKEN_SUBTREE, .parse = TLSS_SwitchStatement },
+    { .token = TLT_TOKEN_LEAF, .parse = TLSS_SwitchStatement },
+    { .token = TLT_TOKEN_CASE, .parse = TLSS_CaseStatement },
+    { .token = TLT_TOKEN_GOTO, .parse = TLSS_GotoStatement },
+    { .token = TLT_TOKEN_BREAK, .parse = TLSS_BreakStatement },
 };
 
 /* One slot for each token; the tokens without a row get the other operation. */
