@@ -171,7 +171,9 @@ private:
     {
         if (fixup->kind == TLC_FIXUP_JUMP) {
             auto *jump = reinterpret_cast<const TLC_JUMP_FIXUP *>(fixup);
-            return "->" + std::to_string(numbers.at(jump->target));
+            auto *node = static_cast<TLS_STATEMENT *>(TLIC_NodeData(jump->node));
+            const TLC_PSECT *target = node == nullptr ? jump->target : TLSS_NodePSect(node);
+            return "->" + std::to_string(numbers.at(target));
         }
         if (fixup->kind == TLC_FIXUP_STRING) {
             auto *string = reinterpret_cast<const TLC_STRING_FIXUP *>(fixup);
