@@ -161,7 +161,7 @@ static int32_t upb_code(const TLB_BUILT_IN *, TLC_STREAM *stream, TLE_TERM *term
 static int32_t refuse_upb(const TLB_BUILT_IN *, TLC_STREAM *stream, TLE_TERM *)
 {
     TLC_Error(stream, "Runtime 'upb' not possible in 'C'");
-    return 1;
+    return 0;
 }
 
 static int32_t upb_java(const TLB_BUILT_IN *, TLC_STREAM *stream, TLE_TERM *term)

@@ -139,12 +139,17 @@ static int32_t cast_code(const TLB_BUILT_IN *, TLC_STREAM *stream, TLE_TERM *ter
     return TLB_ArgumentCode(stream, term, 0);
 }
 
+/** A cast changes no bit, so one to a narrow type is written as a cast to the whole word. */
+static const char *cast_name(TLC_STREAM *stream, TLI_IDENTIFIER *type)
+{
+    if (type == TLIT_CharType || type == TLIT_ShortType) type = TLIT_IntType;
+    if (is_c(stream)) return TLI_IdentifierName(type);
+    return TLCJ_TypeName(TLP_DataTypeDomain(TLC_Module(stream)), type);
+}
+
 static int32_t cast_text(const TLB_BUILT_IN *, TLC_STREAM *stream, TLE_TERM *term)
 {
-    TLI_DOMAIN *data_types = TLP_DataTypeDomain(TLC_Module(stream));
-    const char *name =
-        is_c(stream) ? TLI_IdentifierName(term->type) : TLCJ_TypeName(data_types, term->type);
-    fprintf(TLC_CFile(stream), "((%s) (", name);
+    fprintf(TLC_CFile(stream), "((%s) (", cast_name(stream, term->type));
     const int32_t written = TLB_ArgumentCode(stream, term, 0);
     fputs("))", TLC_CFile(stream));
     return written;
