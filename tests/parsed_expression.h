@@ -150,7 +150,7 @@ private:
     {
         if (term == nullptr) return "null";
         if (term->kind == TLE_BRACKET) return "BRACKET";
-        if (term->kind == TLE_CALL || term->kind == TLE_INDIRECT_CALL)
+        if (term->kind == TLE_CALL || term->kind == TLE_INDIRECT_CALL || term->kind == TLE_BUILT_IN)
             return show_name(term) + show_arguments(term->left);
         std::string shown = show_name(term);
         const bool is_operator = TLE_TermOperator(term) != nullptr && term->type != nullptr;
