@@ -150,6 +150,8 @@ int32_t F_Chdir(const char *path)
 
 // --- directories ---
 
+static constexpr int32_t directory_attribute = 16; // what a visitor is told of a directory
+
 static char lower(char c)
 {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c;
@@ -190,7 +192,7 @@ static int32_t visit_files(const HOST_FILE_LIST &list, const char *directory, co
         if (!fits_wildcard(pattern, entry.name)) continue;
         result = 0;
         if (visitor != nullptr && entry.name[0] != '.')
-            visitor(user, directory, entry.name, entry.is_directory);
+            visitor(user, directory, entry.name, entry.is_directory ? directory_attribute : 0);
     }
     return result;
 }

@@ -223,7 +223,7 @@ TEST_F(Files, ContextFiles)
 int32_t note_file(void *user, const char *directory, const char *name, int32_t is_directory)
 {
     *static_cast<std::string *>(user) +=
-        std::string(directory) + ":" + name + (is_directory != 0 ? "/ " : " ");
+        std::string(directory) + ":" + name + (is_directory == 16 ? "/ " : " ");
     return 0;
 }
 
