@@ -316,6 +316,7 @@ static bool rewrite_store(const char *path, const char *key, const char *name, c
     mode_t permission = 0600;
     errno = 0;
     bool written = read_store(path, &old, &permission) || errno == ENOENT;
+    if (access(path, W_OK) != 0 && errno != ENOENT) written = false; // a rename would not ask
     if (written) {
         change_store(old, key, name, value, &changed);
         written = replace_file(path, changed, permission);

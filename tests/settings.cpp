@@ -14,6 +14,7 @@
 #include <ostrum/sld.h>
 #include <string>
 #include <sys/stat.h>
+#include <unistd.h>
 
 OSTRUM_VERSION_BLOCK("tests", "9.8.7", "9.8", "free to use");
 
@@ -147,6 +148,9 @@ TEST_F(Settings, WritingLosesNothing)
     char *value = HOST_ReadSetting(HOST_CURRENT_USER, "first", "a");
     EXPECT_STREQ(value, "linked");
     SH_Free(value);
+    if (geteuid() == 0) return; // may write anything
+    fs::permissions("real", fs::perms::owner_read);
+    EXPECT_FALSE(HOST_WriteSetting("first", "a", "kept"));
 }
 
 int32_t note_entry(void *user, const char *entry)
