@@ -46,11 +46,14 @@
 #include <ostrum/tle.h>
 #include <ostrum/tlo.h>
 #include <ostrum/tls.h>
+#include <ostrum/tlsc.h>
+#include <ostrum/tlsl.h>
 #include <ostrum/tlss.h>
 
 /* Code generation */
 #include <ostrum/eep.h>
 #include <ostrum/tlc.h>
+#include <ostrum/tlcc.h>
 #include <ostrum/tlcg.h>
 #include <ostrum/tlcj.h>
 

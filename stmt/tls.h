@@ -71,3 +71,9 @@ TLS_STATEMENT *TLS_NewStatement(const char *tag, int32_t size,
  * @param expression the expression or null
  */
 bool TLS_Generable(const TLS_STATEMENT *record, const TLE_TERM *expression);
+
+/** Lists the line before a block's statements. @param label the block's @param indent columns */
+void TLS_PrintOpening(const char *label, int32_t indent);
+
+/** Lists the line behind a block's statements. @param label the block's @param indent columns */
+void TLS_PrintClosing(const char *label, int32_t indent);

@@ -223,17 +223,27 @@ void TLS_OneBlockJCode(TLC_STREAM *stream, TLS_BLOCK *block)
     TLS_OneBlockCCode(stream, block);
 }
 
-void TLS_PrintBlock(const char *label, TLS_BLOCK *block, int32_t indent)
+void TLS_PrintOpening(const char *label, int32_t indent)
 {
     FILE *listing = TOLL_Output == nullptr ? stdout : TOLL_Output;
     std::fprintf(listing, "%*s%s\n", indent, "", label);
+}
+
+void TLS_PrintClosing(const char *label, int32_t indent)
+{
+    std::printf("%*sEND %s\n", indent, "", label);
+}
+
+void TLS_PrintBlock(const char *label, TLS_BLOCK *block, int32_t indent)
+{
+    TLS_PrintOpening(label, indent);
     TLS_STATEMENT *record = block == nullptr ? nullptr : block->statements;
     for (; record != nullptr; record = record->next) {
         if (record->statement_class->print != nullptr) {
             record->statement_class->print(record, indent + 2);
         }
     }
-    std::printf("%*sEND %s\n", indent, "", label);
+    TLS_PrintClosing(label, indent);
 }
 
 void TLS_DelBlock(TLS_BLOCK *block)

@@ -3,6 +3,8 @@
  * the parsers of FUNCTION and TREE blocks.
  */
 #include "stmt/tls.h"
+#include "stmt/tlsc.h"
+#include "stmt/tlsl.h"
 #include "stmt/tlss.h"
 
 #include <cstdio>
@@ -266,6 +268,7 @@ static void return_value(TLS_BLOCK *root, TLT_STATEMENT *statement, TLS_RETURN *
 
 static void return_statement(TLS_BLOCK *root, TLT_STATEMENT *statement)
 {
+    if (TLSC_InAWhenBlock(root)) TLT_Error(statement, "RETURN not permitted from a WHEN block");
     TLT_GetToken(statement, nullptr);
     TLS_STATEMENT *record =
         TLS_NewStatement("TLS:RETURN", sizeof(TLS_RETURN), &TLS_ReturnClass, statement);
@@ -354,6 +357,14 @@ static void illegal_in_tree(TLS_BLOCK *, TLT_STATEMENT *statement)
 
 static constexpr TOKEN_ROW function_rows[] = {
     { .token = TLT_TOKEN_END, .parse = end_statement },
+    { .token = TLT_TOKEN_IF, .parse = TLSC_IfStatement },
+    { .token = TLT_TOKEN_WHEN, .parse = TLSC_IfStatement },
+    { .token = TLT_TOKEN_ELSEIF, .parse = TLSC_ElseifStatement },
+    { .token = TLT_TOKEN_ELSE, .parse = TLSC_ElseStatement },
+    { .token = TLT_TOKEN_FOR, .parse = TLSL_ForStatement },
+    { .token = TLT_TOKEN_WHILE, .parse = TLSL_WhileStatement },
+    { .token = TLT_TOKEN_RAISE, .parse = TLSC_RaiseStatement },
+    { .token = TLT_TOKEN_END_EXCEPTION, .parse = TLSC_EndExceptionStatement },
     { .token = TLT_TOKEN_RETURN, .parse = return_statement },
     { .token = TLT_TOKEN_END_OF_LINE, .parse = empty_statement },
     { .token = TLT_TOKEN_SWITCH, .parse = TLSS_SwitchStatement },

@@ -1,0 +1,32 @@
+/*
+ * Loops: records, and what the sources of the three targets share.
+ */
+#pragma once
+
+#include "stmt/tls.h"
+
+#include <ostrum/tlsl.h>
+
+/* WHILE. */
+struct TLSL_WHILE {
+    TLS_STATEMENT common;
+    TLE_TERM *condition; /* owned; null after an error */
+    TLS_BLOCK *body;     /* owned */
+};
+
+/* FOR. Of the expressions, each is null until it has been seen, and after an error. */
+struct TLSL_FOR {
+    TLS_STATEMENT common;
+    TLE_TERM *variable; /* owned */
+    TLE_TERM *start;    /* owned */
+    TLE_TERM *limit;    /* owned */
+    TLE_TERM *step;     /* owned; null also stands for 1 */
+    TLS_BLOCK *body;    /* owned */
+};
+
+/* Static tables of the kinds. */
+extern const TLS_STATEMENT_CLASS TLSL_WhileClass;
+extern const TLS_STATEMENT_CLASS TLSL_ForClass;
+
+/** @param record FOR @return whether code can be written for it: see TLS_Generable */
+bool TLSL_ForIsGenerable(const TLSL_FOR *record);
