@@ -61,6 +61,7 @@ TEST(FileNames, TakenApart)
         { "/usr/x.d/file", "/usr/x.d/|file|" },
         { "d\\e/f.tl", "d\\e/|f|tl" },
         { "name;2.x", "|name|x" },
+        { "d\\x:y", "d\\|x:y|" },
         { "", "||" },
         { ".tl", "||tl" },
     };
@@ -157,6 +158,7 @@ TEST_F(Files, LinesInPieces)
             pieces << count << ":" << buffer << "|";
         EXPECT_EQ(pieces.str(), row.pieces);
         EXPECT_EQ(F_GetString(stream, buffer, 0), -1);
+        EXPECT_EQ(F_GetString(stream, buffer, 1), 0);
         F_CloseFile(stream);
     }
 }
@@ -213,7 +215,7 @@ TEST_F(Files, ContextFiles)
     ASSERT_EQ(F_OpenContextFile(&stream, "OSTRUM_TEST_PATH", "made", 1), 0); // in the last one
     F_CloseFile(stream);
     EXPECT_TRUE(fs::exists("a/made"));
-    const std::string lengthy(119, 'n');
+    const std::string lengthy(118, 'n'); // one more than fits behind "a\"
     EXPECT_EQ(F_OpenContextFile(&stream, "OSTRUM_TEST_PATH", lengthy.c_str(), 1), 2);
     intptr_t handle = 0;
     ASSERT_EQ(BF_OpenContextFile(&handle, "OSTRUM_TEST_PATH", "found", 0), 0);
@@ -262,6 +264,7 @@ TEST_F(Files, BinaryReadWriteAndAlign)
     EXPECT_EQ(BF_OpenFile(&handle, "b", 5), 4);
     EXPECT_EQ(BF_OpenFile(&handle, "b", 0), 2);
     EXPECT_EQ(BF_OpenFile(&handle, ".", 0), 1);
+    EXPECT_EQ(BF_OpenFile(&handle, std::string(120, 'p').c_str(), 0), 10);
     EXPECT_EQ(handle, 77);
     ASSERT_EQ(BF_OpenFile(&handle, "b", 1), 0);
     const std::string bytes(513, 'x');
@@ -332,6 +335,20 @@ TEST_F(Files, MappingsArePrivate)
     EXPECT_EQ(BF_OpenFile(&handle, "missing", 4), 1);
     EXPECT_EQ(BF_OpenFile(&handle, ".", 4), 1);
     EXPECT_EQ(BF_OpenFile(&handle, "/dev/null", 4), 1);
+}
+
+TEST_F(Files, MappingsEndInAnyOrder)
+{
+    write("m", "module");
+    intptr_t handles[3] = {};
+    int32_t size = 0;
+    for (intptr_t &handle : handles)
+        ASSERT_EQ(BF_OpenFile(&handle, "m", 4), 0);
+    for (const size_t ended : { 1, 0, 2 }) {
+        EXPECT_EQ(BF_FileSize(handles[ended], &size), 0);
+        EXPECT_EQ(BF_UnmapFile(handles[ended]), 0);
+        EXPECT_EQ(BF_FileSize(handles[ended], &size), 9);
+    }
 }
 
 TEST(ByteOrder, MostSignificantFirst)

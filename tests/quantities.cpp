@@ -5,6 +5,7 @@
 
 #include <climits>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <set>
 #include <string>
 
@@ -76,6 +77,67 @@ TEST(Quantities, UnitsBeforeAndAfterStart)
     EXPECT_STREQ(EUC_GetNaturalUnit(PRESSURE, nullptr), "B");
 }
 
+/** All of a quantity: name|unit=multiplier ...|natural unit|rounding step|default text. */
+std::string row_of(int32_t quantity)
+{
+    return std::string(EUC_QuantityName(quantity)) + "|" + units_of(quantity) + "|" +
+           EUC_GetNaturalUnit(quantity, nullptr) + "|" +
+           std::to_string(EUC_Quantity(quantity)->rounding_step) + "|" +
+           EUC_GetDefaultUnitString(quantity);
+}
+
+TEST(Quantities, WholeTable)
+{
+    static constexpr const char *rows[] = {
+        "INT|=1 k=1000 M=1000000 ||1|0",
+        "VOLTAGE|V=1000 kV=1000000 |V|10|0V",
+        "RESISTANCE|R=100 kR=100000 MR=100000000 |R|10|0R",
+        "CURRENT|mA=1 A=1000 KA=1000000 |A|10|0A",
+        "PRESSURE|mB=1 B=1000 |B|1|0B",
+        "TEMPERATURE|\xB0"
+        "C=1 k\xB0"
+        "C=1000 |\xB0"
+        "C|1|0C",
+        "FREQUENCY|Hz=1000 kHz=1000000 MHz=1000000000 |Hz|100|0Hz",
+        "TIME|us=1 ms=1000 s=1000000 |s|1|0s",
+        "PERCENTAGE|%=1000 |%|10|0%",
+        "CAPACITY|uL=1 mL=1000 L=1000000 |L|1|0L",
+        "RPM|RPM=1000 |RPM|1|0RPM",
+        "SPEED|m/hr=100 KPH=100000 |KPH|1|0KPH",
+        "DISTANCE|mm=1 m=1000 km=1000000 |m|1|0m",
+        "MASS|g=1 kg=1000 t=1000000 |kg|1|0g",
+        "ANGLE|\xB0=1000 |\xB0|1|0Deg",
+        "ACCELERATION|G=1000000 |G|1|0G",
+        "MASSFLOW|g/hr=1 kg/hr=1000 t/hr=1000000 |g/hr|1|0g_per_hr",
+        "RATIO|:1=1000 |:1|10|0to_1",
+        "CLOCK_TIME|ms=1 s=1000 |s|1|0minutes",
+        "POWER_DENSITY|W/m\xB2=1 kW/m\xB2=1000 |W/m\xB2|1|0W_per_sqm",
+        "DENSITY|g/m\xB3=1 kg/m\xB3=1000 |g/m\xB3|1|0g_per_m3",
+        "VOLUME|mm\xB3=1 cm\xB3=1000 |mm\xB3|1|0cm3",
+        "HECTARE|ha=1000 |ha|1|0ha",
+        "METREAGE|m=1 km=1000 |km|1|0KM",
+        "MILEAGE|mi=1000 |mi|1|0mi",
+        "ECONOMY|uL/100km=1 mL/100km=1000 L/100km=1000000 |L/100km|1|0L_per_100km",
+        "ECONOMY_IMP|mpg=1000 |mpg|1|0mpg",
+        "SPEED_IMP|MPH=1000 |MPH|1|0MPH",
+        "TEMPERATURE_IMP|\xB0"
+        "F=1 k\xB0"
+        "F=1000 |\xB0"
+        "F|1|0F",
+        "PRESSURE_IMP|Pa=1 KPa=1000 |KPa|1|0KPa",
+        "ANGLE_VELOCITY|\xB0/s=1000 |\xB0/s|1|0Deg_per_sec",
+        "SMALL_MASS|ug=1 mg=1000 g=1000000 |mg|1|0mg",
+        "FLOW|ml/min=1 l/min=1000 |l/min|1|0l_per_min",
+        "ECONOMY_US|mpg(US)=1000 |mpg(US)|1|0mpg_us",
+        "CAPACITY_IMP|Gal=1000 |Gal|1|0gal",
+        "CAPACITY_US|Gal(US)=1000 |Gal(US)|1|0gal_us",
+    };
+    EUC_Initialise();
+    ASSERT_EQ(std::size(rows), static_cast<size_t>(EUC_GetMaxType() + 1));
+    for (int32_t i = 0; i <= EUC_GetMaxType(); i++)
+        EXPECT_EQ(row_of(i), rows[i]);
+}
+
 TEST(Quantities, SymbolsAreCutToTheirRoom)
 {
     EUC_Initialise();
@@ -117,6 +179,7 @@ TEST(Quantities, CountsAsText)
         { VOLTAGE, 1234, "1.23V" },
         { VOLTAGE, 1235, "1.24V" },
         { VOLTAGE, 1234567, "1.235kV" },
+        { VOLTAGE, 999000, "999V" },
         { VOLTAGE, 999500, "1.000kV" },
         { VOLTAGE, 0, "0V" },
         { VOLTAGE, -1, "-0V" },

@@ -4,6 +4,7 @@
 #include "core/sh.h"
 #include "host/host.h"
 
+#include <clocale>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -12,6 +13,7 @@
 #include <ostrum/qlv.h>
 #include <ostrum/quillreg.h>
 #include <ostrum/sld.h>
+#include <ostrum/st.h>
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -209,6 +211,19 @@ TEST_F(Settings, ContextFilesDropTheirOwnDirectory)
     EXPECT_EQ(QUILLREG_OpenBFContextFile(&handle, "Sym", "x\\z.ext", 0), 2);
 }
 
+TEST_F(Settings, LanguageIsTakenOnce)
+{
+    const std::string before = std::setlocale(LC_CTYPE, nullptr);
+    if (std::setlocale(LC_CTYPE, "C.UTF-8") == nullptr) GTEST_SKIP() << "no such locale here";
+    std::setlocale(LC_CTYPE, before.c_str());
+    write_user("[Control Panel\\International]\nsLanguage=C.UTF-8\n");
+    ST_Initialise();
+    EXPECT_STREQ(std::setlocale(LC_CTYPE, nullptr), "C.UTF-8");
+    std::setlocale(LC_CTYPE, before.c_str());
+    ST_Initialise();
+    EXPECT_EQ(std::setlocale(LC_CTYPE, nullptr), before);
+}
+
 TEST_F(Settings, Versions)
 {
     EXPECT_EQ(QLV_GetFileVersion(), std::string("/") + HOST_LibraryVersion());
@@ -220,6 +235,9 @@ TEST_F(Settings, Versions)
     EXPECT_NE(stored.find("=free to use\n"), std::string::npos);
     EXPECT_EQ(QLV_GetFileVersion(), std::string("9.8.7/") + HOST_LibraryVersion());
     EXPECT_EQ(HOST_ProgramVersion("Nothing"), nullptr);
+    std::string lengthy = user();
+    write_user(lengthy.replace(lengthy.find("9.8.7"), 5, "1234567890123456789012345"));
+    EXPECT_STREQ(QLV_GetFileVersion(), "1234567890123456789");
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 /*
  * Storage and strings: zero fill, bounds of every copy, patterns, numbers, quoted strings, growth.
  */
+#include "core/ist.h"
 #include "core/sh.h"
 #include "core/st.h"
 
@@ -8,7 +9,6 @@
 #include <cstring>
 #include <gtest/gtest.h>
 #include <ostrum/c.h>
-#include <ostrum/ist.h>
 #include <string>
 
 namespace
@@ -283,6 +283,7 @@ TEST(Strings, GrowingString)
         IST_Append(string, "word");
         IST_AppendChar(string, static_cast<char>('a' + i % 26));
         expected += std::string("word") + static_cast<char>('a' + i % 26);
+        ASSERT_LT(string->length, string->capacity); // the terminator fits too
     }
     const std::string big(100000, 'q');
     IST_Append(string, big.c_str());
