@@ -10,6 +10,7 @@
 #include "toll_diagnostics.h"
 #include "toll_options.h"
 #include "toll_output.h"
+#include "toll_tree_graph.h"
 
 OSTRUM_VERSION_BLOCK("toll", OSTRUM_VERSION, OSTRUM_VERSION, "MIT license");
 
@@ -21,6 +22,12 @@ constexpr uint32_t flag_print_scopes = 0x0001;
 constexpr int32_t status_errors = 2;
 constexpr int32_t status_fatal = 3;
 constexpr int32_t tool_number = 0;
+
+/** What is written once all sources are done. */
+struct GRAPHS {
+    std::string text;
+    std::vector<std::string> used; // paths that must not be overwritten: sources, modules made
+};
 
 /** One source on its way to a module. */
 struct COMPILATION {
@@ -157,7 +164,15 @@ bool write_module(const COMPILATION &compilation)
     return problem.empty();
 }
 
-bool compile_source(const TOLL_OPTIONS &options, const std::string &source)
+/** Keeps the graphs of a module, and which files belong to it. */
+void note_graphs(const COMPILATION &compilation, GRAPHS *graphs)
+{
+    graphs->text += tree_graphs(compilation.module, compilation.sections);
+    graphs->used.insert(graphs->used.end(), compilation.opened.begin(), compilation.opened.end());
+    if (!compilation.options->check_only) graphs->used.push_back(output_path(compilation));
+}
+
+bool compile_source(const TOLL_OPTIONS &options, const std::string &source, GRAPHS *graphs)
 {
     COMPILATION compilation = {};
     compilation.options = &options;
@@ -167,9 +182,44 @@ bool compile_source(const TOLL_OPTIONS &options, const std::string &source)
     if (read_source(&compilation)) parse_sections(&compilation);
     bool is_done = compilation.is_sound && !SM_Aborted();
     if (is_done && !options.check_only) is_done = write_module(compilation);
+    if (is_done && options.draw_trees) note_graphs(compilation, graphs);
     TLP_SetSourceHook(nullptr, nullptr);
     TLP_DelModule(compilation.module);
     return is_done;
+}
+
+/** Writes the graphs into an open output; empty, or what is wrong. */
+std::string write_text(const std::string &text, const TOLL_OUTPUT &output)
+{
+    FILE *file = fopen(output.made.c_str(), "wb");
+    if (file == nullptr) return "Cannot be written";
+    const bool is_whole = fwrite(text.data(), 1, text.size(), file) == text.size();
+    return fclose(file) == 0 && is_whole ? "" : "Cannot be written";
+}
+
+/** Replaces a file by the graphs; empty, or what is wrong: then it is as it was before. */
+std::string make_graph_file(const std::string &target, const GRAPHS &graphs)
+{
+    for (const std::string &path : graphs.used) {
+        if (same_file(path, target)) return "Output is a source or a module";
+    }
+    TOLL_OUTPUT output = {};
+    std::string problem = open_output(target, &output);
+    if (!problem.empty()) return problem;
+    problem = write_text(graphs.text, output);
+    if (problem.empty()) return publish_output(&output);
+    discard_output(&output);
+    return problem;
+}
+
+bool write_graphs(const TOLL_OPTIONS &options, const GRAPHS &graphs)
+{
+    if (!options.draw_trees) return true;
+    if (options.graph_output.empty())
+        return fwrite(graphs.text.data(), 1, graphs.text.size(), stdout) == graphs.text.size();
+    const std::string problem = make_graph_file(options.graph_output, graphs);
+    if (!problem.empty()) report_problem(options.graph_output, problem);
+    return problem.empty();
 }
 
 int compile_all(const TOLL_OPTIONS &options)
@@ -179,14 +229,16 @@ int compile_all(const TOLL_OPTIONS &options)
     std::string list = search_list(options);
     QUILLREG_SetExternalValueCallback(&list, look_up_symbol);
     start_diagnostics(options.format);
+    GRAPHS graphs;
     int status = 0;
     for (const std::string &source : options.sources) {
-        if (!compile_source(options, source)) status = 1;
+        if (!compile_source(options, source, &graphs)) status = 1;
         if (!SM_Aborted()) continue;
         report_problem(source, "Interrupted");
         status = 1;
         break;
     }
+    if (status == 0 && !write_graphs(options, graphs)) status = 1;
     TLP_CleanUp();
     return status;
 }

@@ -22,6 +22,7 @@ enum OPTION_CODE {
     OPTION_LIST_SECTIONS,
     OPTION_PRINT_SCOPES,
     OPTION_PRINT_BLOCKS,
+    OPTION_TREE_GRAPH,
     OPTION_DIAGNOSTICS,
     OPTION_HELP,
     OPTION_VERSION,
@@ -142,6 +143,14 @@ bool set_check_only(TOLL_OPTIONS *options, const char *)
     return true;
 }
 
+bool set_tree_graph(TOLL_OPTIONS *options, const char *value)
+{
+    if (value != nullptr && *value == 0) return wrong("no output file in", "--tree-graph");
+    options->draw_trees = true;
+    options->graph_output = value != nullptr ? value : "";
+    return true;
+}
+
 bool set_diagnostics(TOLL_OPTIONS *options, const char *value)
 {
     if (strcmp(value, "text") != 0 && strcmp(value, "json") != 0)
@@ -241,6 +250,12 @@ constexpr OPTION option_table[] = {
       .synopsis = "-n, --no-output",
       .meaning = "check only",
       .set = set_check_only },
+    { .code = OPTION_TREE_GRAPH,
+      .long_name = "tree-graph",
+      .argument = optional_argument,
+      .synopsis = "    --tree-graph[=FILE]",
+      .meaning = "write the trees of all sources as DOT graphs to FILE; default: standard output",
+      .set = set_tree_graph },
     { .code = OPTION_DIAGNOSTICS,
       .long_name = "diagnostics",
       .argument = required_argument,
@@ -268,10 +283,13 @@ void print_help()
     for (const OPTION &option : option_table) {
         printf("  %-26s %s\n", option.synopsis, option.meaning);
     }
-    printf("\n-I and -D may be repeated. Used modules are also looked for in the directories of\n"
-           "TollInclude, separated by ';'.\n\n"
-           "Exit status: 0 compiled, warnings included; 1 errors in a source or an output that\n"
-           "could not be written; 2 wrong usage.\n");
+    printf(
+        "\n-I and -D may be repeated. Used modules are also looked for in the directories of\n"
+        "TollInclude, separated by ';'.\n\n"
+        "--tree-graph writes one digraph for each tree once every source has compiled, all into\n"
+        "one file; with -n nothing else is written.\n\n"
+        "Exit status: 0 compiled, warnings included; 1 errors in a source or an output that\n"
+        "could not be written; 2 wrong usage.\n");
 }
 
 std::string short_options()

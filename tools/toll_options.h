@@ -16,6 +16,8 @@ struct TOLL_OPTIONS {
     uint32_t compile_flags = 0; // flag word of TLCG_GenerateKOBCode
     bool print_scopes = false;
     bool check_only = false;
+    bool draw_trees = false;
+    std::string graph_output; // of --tree-graph; empty: standard output
     TOLL_FORMAT format = TOLL_FORMAT_TEXT;
     std::vector<std::string> sources;
 };

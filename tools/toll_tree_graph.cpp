@@ -1,0 +1,171 @@
+// Trees as graphs: the library walks each tree and tells its nodes and edges, which are kept until
+// their kinds are known and then written in the DOT language.
+
+#include "toll_tree_graph.h"
+
+#include <deque>
+
+namespace
+{
+
+enum NODE_KIND { KIND_NODE, KIND_SUBTREE, KIND_LEAF, KIND_COUNT };
+
+struct NODE {
+    size_t number; // in the order of the source
+    NODE_KIND kind;
+    std::string name;
+    std::string expression; // as the source has it; empty for a leaf that returns nothing
+};
+
+struct EDGE {
+    const NODE *from;
+    const NODE *to;
+    std::string value; // empty where no leg leads on
+};
+
+/** One tree, as the walk tells it; a node's handle is its address. */
+struct GRAPH {
+    std::deque<NODE> nodes; // a node stays where it is
+    std::vector<EDGE> edges;
+};
+
+void *add_node(void *context, NODE_KIND kind, TLI_IDENTIFIER *identifier, TLE_TERM *expression)
+{
+    GRAPH *graph = static_cast<GRAPH *>(context);
+    NODE node = { graph->nodes.size(), kind, "", "" };
+    if (identifier != nullptr) node.name = TLI_IdentifierName(identifier);
+    if (expression != nullptr) {
+        char *text = TLE_ExpressionChars(expression);
+        node.expression = text;
+        SH_Free(text);
+    }
+    graph->nodes.push_back(node);
+    return &graph->nodes.back();
+}
+
+void *new_leaf(void *context, TLT_STATEMENT *, TLI_IDENTIFIER *identifier, TLE_TERM *expression)
+{
+    return add_node(context, KIND_LEAF, identifier, expression);
+}
+
+void *new_node(void *context, TLT_STATEMENT *, TLI_IDENTIFIER *identifier, TLE_TERM *expression)
+{
+    return add_node(context, KIND_NODE, identifier, expression);
+}
+
+void add_edge(void *context, void *from, int32_t, void *to, const char *value_name)
+{
+    GRAPH *graph = static_cast<GRAPH *>(context);
+    graph->edges.push_back({ static_cast<NODE *>(from), static_cast<NODE *>(to), value_name });
+}
+
+/** Only a subtree is told of a second time. */
+void *mark_subtree(void *, void *handle, const char *)
+{
+    static_cast<NODE *>(handle)->kind = KIND_SUBTREE;
+    return handle;
+}
+
+constexpr TLSS_CALLBACKS callbacks = {
+    .new_leaf = new_leaf,
+    .new_node = new_node,
+    .link = add_edge,
+    .subtree = mark_subtree,
+};
+
+/** A text in the quotes of the DOT language, in which a label takes \n as the end of a line. */
+std::string quoted(const std::string &text)
+{
+    std::string result = "\"";
+    for (const char c : text) {
+        if (c == '\n') {
+            result += "\\n";
+        } else if (static_cast<unsigned char>(c) < ' ') {
+            result += ' ';
+        } else {
+            if (c == '"' || c == '\\') result += '\\';
+            result += c;
+        }
+    }
+    return result + '"';
+}
+
+/** Where the comment behind an expression begins; the length of the text if there is none. */
+size_t comment_start(const std::string &text)
+{
+    char closing = 0; // of the text, character or data literal in hand
+    for (size_t i = 0; i < text.size(); i++) {
+        const char c = text[i];
+        if (closing == 0) {
+            if (c == ';') return i;
+            if (c == '"' || c == '\'') closing = c;
+            if (c == '{') closing = '}';
+        } else if (c == '\\') {
+            i++;
+        } else if (c == closing) {
+            closing = 0;
+        }
+    }
+    return text.size();
+}
+
+/** An expression without the blanks around it and the comment behind. */
+std::string bare(const std::string &text)
+{
+    const std::string code = text.substr(0, comment_start(text));
+    const size_t first = code.find_first_not_of(" \t");
+    if (first == std::string::npos) return "";
+    return code.substr(first, code.find_last_not_of(" \t") - first + 1);
+}
+
+std::string node_line(const NODE &node)
+{
+    static constexpr const char *shapes[KIND_COUNT] = { "shape=ellipse", "shape=box",
+                                                        "shape=ellipse, peripheries=2" };
+    const std::string expression = bare(node.expression);
+    const std::string label = expression.empty() ? node.name : node.name + "\n" + expression;
+    return "    " + quoted(node.name) + " [label=" + quoted(label) + ", " + shapes[node.kind] +
+           "];\n";
+}
+
+/** Control goes on by itself to the node behind; any other edge without a value is a GOTO. */
+std::string edge_style(const EDGE &edge)
+{
+    if (!edge.value.empty()) return " [label=" + quoted(edge.value) + "]";
+    return edge.to->number == edge.from->number + 1 ? " [style=dashed]" : "";
+}
+
+std::string edge_line(const EDGE &edge)
+{
+    return "    " + quoted(edge.from->name) + " -> " + quoted(edge.to->name) + edge_style(edge) +
+           ";\n";
+}
+
+std::string tree_graph(const std::string &name, TLS_BLOCK *tree)
+{
+    GRAPH graph;
+    TLS_BlockTree(TLSS_PASS_NODES, &graph, tree);
+    TLS_BlockTree(TLSS_PASS_EDGES, &graph, tree);
+    std::string text = "digraph " + quoted(name) + " {\n";
+    for (const NODE &node : graph.nodes)
+        text += node_line(node);
+    for (const EDGE &edge : graph.edges)
+        text += edge_line(edge);
+    return text + "}\n";
+}
+
+} // namespace
+
+std::string tree_graphs(TLP_MODULE *module, const std::vector<TLP_SECTION *> &sections)
+{
+    std::string text;
+    TLSS_SetCallbacks(&callbacks);
+    for (TLP_SECTION *section : sections) {
+        TLS_BLOCK *tree = TLP_SectionBlock(module, section);
+        if (TLP_SectionType(section) != TLP_SECTION_TREE || tree == nullptr) continue;
+        const std::string name = TLP_ModuleName(module);
+        text += tree_graph(name + "." + TLP_SectionName(section), tree);
+    }
+    TLSS_SetCallbacks(nullptr);
+    return text;
+}

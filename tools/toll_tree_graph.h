@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <ostrum.h>
+
+/**
+ * Writes the trees of a module as graphs in the DOT language, one digraph for each tree that has a
+ * body: an ellipse for a NODE, a box for a SUBTREE, a double outline for a LEAF; an edge for each
+ * value of a leg and each GOTO, a dashed one where control goes on with the statement behind.
+ *
+ * @param module    the module, parsed without errors
+ * @param sections  its sections, in order
+ * @return          the text; empty if the module has no tree
+ */
+std::string tree_graphs(TLP_MODULE *module, const std::vector<TLP_SECTION *> &sections);
