@@ -150,14 +150,32 @@ int32_t TLP_GetPossUnintendAssignInfo(TLP_MODULE *module)
     return static_cast<int32_t>(module->flags & TLP_FLAG_POSSIBLE_ASSIGNMENT);
 }
 
+/** Index of the first statement that is on the line or behind it, where the lines do not go back. */
+static size_t first_not_before(const TLP_SECTION *section, int32_t line)
+{
+    size_t low = 0;
+    size_t high = section->statement_count;
+    while (low < high) {
+        const size_t middle = low + (high - low) / 2;
+        if (TLT_StatementSourceLineNumber(section->statements[middle]) < line)
+            low = middle + 1;
+        else
+            high = middle;
+    }
+    return low;
+}
+
+// Asked for each code error, so a section of one file is not walked from its start each time.
 const char *TLP_GetSourceFromLineNumber(TLP_MODULE *module, int32_t source_line_number)
 {
     const TLP_SECTION *section = module->current_section;
     if (section == nullptr) return "";
-    for (size_t i = 0; i < section->statement_count; i++) {
+    size_t i = section->goes_back ? 0 : first_not_before(section, source_line_number);
+    for (; i < section->statement_count; i++) {
         TLT_STATEMENT *statement = section->statements[i];
-        if (TLT_StatementSourceLineNumber(statement) == source_line_number)
-            return TLT_StatementChars(statement);
+        const int32_t line = TLT_StatementSourceLineNumber(statement);
+        if (line == source_line_number) return TLT_StatementChars(statement);
+        if (!section->goes_back) break;
     }
     return "";
 }

@@ -36,6 +36,7 @@ struct TLP_SECTION {
     TLT_STATEMENT **statements; // in order
     size_t statement_count;
     size_t statement_size; // bytes that the array has room for
+    bool goes_back;        // a statement was added with a source line below that of the one before
     TLP_SECTION *next;
 };
 

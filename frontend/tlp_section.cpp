@@ -133,6 +133,10 @@ void TLP_AppendStatement(TLT_STATEMENT ***statements, size_t *count, size_t *siz
 
 void TLP_AddStatement(TLP_SECTION *section, TLT_STATEMENT *statement)
 {
+    const size_t count = section->statement_count;
+    if (count > 0 && TLT_StatementSourceLineNumber(section->statements[count - 1]) >
+                         TLT_StatementSourceLineNumber(statement))
+        section->goes_back = true;
     TLP_AppendStatement(&section->statements, &section->statement_count, &section->statement_size,
                         statement);
 }

@@ -1,6 +1,7 @@
 // Modules and sections: how source files are found, cut and filed, and how sections are parsed.
 #include "tests/source_folder.h"
 
+#include <cstdlib>
 #include <ostrum/extra.h>
 #include <ostrum/tli.h>
 #include <vector>
@@ -204,6 +205,16 @@ TEST_F(ModulesSections, SectionsAreLinkedAndTakenOut)
     module->current_section = added;
     EXPECT_STREQ(TLP_GetSourceFromLineNumber(module, 90), "X");
     EXPECT_STREQ(TLP_GetSourceFromLineNumber(module, 1), "");
+    TLP_AddStatement(added, TLT_NewStatement("Y", "m.tl", 95, 92));
+    TLP_AddStatement(added, TLT_NewStatement("Z", "m.tl", 95, 93));
+    TLP_AddStatement(added, TLT_NewStatement("END", "m.tl", 97, 94));
+    for (const char *wanted : { "90 X", "95 Y", "97 END", "89 ", "96 ", "98 " })
+        EXPECT_STREQ(TLP_GetSourceFromLineNumber(module, atoi(wanted)), wanted + 3) << wanted;
+    // The lines of another file follow, from its start.
+    TLP_AddStatement(added, TLT_NewStatement("V", "body.tl", 2, 95));
+    TLP_AddStatement(added, TLT_NewStatement("W", "body.tl", 95, 96));
+    for (const char *wanted : { "90 X", "95 Y", "97 END", "02 V", "96 " })
+        EXPECT_STREQ(TLP_GetSourceFromLineNumber(module, atoi(wanted)), wanted + 3) << wanted;
     TLP_SECTION *second = TLP_NewSection(TLP_SECTION_FUNCTION, "F");
     TLP_LinkSection(module, second);
     EXPECT_EQ(TLP_FindSection(module, "F"), second);
