@@ -129,7 +129,13 @@ TEST_F(Files, TextStatuses)
     EXPECT_EQ(F_DeleteFile("u"), 4);
     EXPECT_EQ(F_CopyFile(), 9);
     EXPECT_EQ(F_Chdir("nowhere"), 9);
-    EXPECT_STREQ(F_Message(6), "File does not exist");
+    std::string messages;
+    for (int32_t status = 0; status <= 9; status++)
+        messages += std::string(F_Message(status)) + "|";
+    EXPECT_EQ(messages,
+              "Successful|Invalid file access mode|Unable to open file in requested mode|"
+              "Unable to rename|Unable to delete|No access to file|File does not exist|"
+              "File is locked by another user|Failed to close the file|Unspecified Failure|");
     EXPECT_STREQ(F_Message(-1), "Invalid reply code");
     EXPECT_STREQ(F_Message(10), "Invalid reply code");
 }
@@ -304,8 +310,13 @@ TEST_F(Files, BinaryReadWriteAndAlign)
     EXPECT_EQ(BF_Write(handle, "end", 3), 0);
     BF_CloseFile(handle);
     EXPECT_EQ(content("b"), bytes + "end");
-    EXPECT_STREQ(BF_Message(2), "File doesn't exist");
-    EXPECT_STREQ(BF_Message(11), "Failed to close the file");
+    std::string messages;
+    for (int32_t status = 0; status <= 11; status++)
+        messages += std::string(BF_Message(status)) + "|";
+    EXPECT_EQ(messages,
+              "Successful|No access to file|File doesn't exist|File is locked by another user|"
+              "Bad mode parameter|Bad seek|Write failed|Read failed|Not enough data for read|"
+              "Unable to determine file size|Unspecified failure|Failed to close the file|");
     EXPECT_STREQ(BF_Message(12), "Invalid reply code");
 }
 

@@ -213,6 +213,17 @@ TEST(NameTrees, DeletionKeepsTheOrder)
     }
 }
 
+TEST(NameTrees, DeletionKeepsALoneSubtree)
+{
+    AS_DOMAIN *tree = AS_NewDomain();
+    for (const char *name : { "c", "b", "a", "d", "e" })
+        AS_NewName(tree, name, 0);
+    EXPECT_EQ(AS_DelName(tree, "b"), 1); // has a lower one
+    EXPECT_EQ(AS_DelName(tree, "d"), 1); // has a higher one
+    EXPECT_EQ(names_of(tree), "a=0 c=0 e=0 ");
+    AS_DelDomain(tree, nullptr);
+}
+
 TEST(NameTrees, DeleterRunsInPostOrderHigherFirst)
 {
     AS_DOMAIN *tree = AS_NewDomain();

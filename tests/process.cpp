@@ -128,10 +128,11 @@ TEST(Process, PlaceholdersSaySo)
 
 TEST(Process, ToolNames)
 {
-    EXPECT_STREQ(TID_ToolName(0), "Toll");
-    EXPECT_STREQ(TID_ToolName(4), "ScribeVBuild??");
-    EXPECT_STREQ(TID_ToolName(8), "RoutineWalker");
-    EXPECT_STREQ(TID_ToolName(15), "Tappet");
+    std::string names;
+    for (int32_t tool = 0; tool < 16; tool++)
+        names += std::string(TID_ToolName(tool)) + " ";
+    EXPECT_EQ(names, "Toll Koblink Pkob Bkob ScribeVBuild?? MarshHexConv TollDebugger TollEmulator "
+                     "RoutineWalker Lumen EasyQuillBuilder Platter Dkob Ferrule Gusset Tappet ");
     EXPECT_EQ(TID_ToolName(-1), nullptr);
     EXPECT_EQ(TID_ToolName(16), nullptr);
 }

@@ -224,6 +224,22 @@ TEST_F(Settings, LanguageIsTakenOnce)
     EXPECT_EQ(std::setlocale(LC_CTYPE, nullptr), before);
 }
 
+TEST_F(Settings, StoreInTheHomeFolderIsTheUsersAlone)
+{
+    const std::string home = fs::current_path().string();
+    unsetenv("OSTRUM_SETTINGS");
+    unsetenv("OSTRUM_DEFAULT_SETTINGS");
+    unsetenv("XDG_CONFIG_HOME");
+    setenv("HOME", home.c_str(), 1);
+    ASSERT_TRUE(HOST_WriteSetting("key of tests", "a", "1"));
+    EXPECT_TRUE(fs::exists(".config/ostrum/settings"));
+    EXPECT_EQ(HOST_ReadSetting(HOST_DEFAULT_USER, "key of tests", "a"), nullptr);
+    setenv("XDG_CONFIG_HOME", (home + "/config").c_str(), 1);
+    EXPECT_EQ(HOST_ReadSetting(HOST_CURRENT_USER, "key of tests", "a"), nullptr);
+    ASSERT_TRUE(HOST_WriteSetting("key of tests", "a", "2"));
+    EXPECT_TRUE(fs::exists("config/ostrum/settings"));
+}
+
 TEST_F(Settings, Versions)
 {
     EXPECT_EQ(QLV_GetFileVersion(), std::string("/") + HOST_LibraryVersion());
