@@ -14,7 +14,7 @@
 #include <ostrum/tli.h>
 #include <ostrum/tlt.h>
 
-// Chunks of an arena double up to the largest size.
+// Chunks of an arena double up to the largest size, all that storage keeps for them included.
 static constexpr size_t first_chunk_size = 8 * 1024;
 static constexpr size_t largest_chunk_size = 512 * 1024;
 
@@ -33,6 +33,9 @@ struct TLC_CHUNK {
     TLC_CHUNK *next; // made before this one
     size_t size;     // bytes behind this record
 };
+
+// A chunk's record, and the word that storage keeps before a block of its size.
+static constexpr size_t chunk_overhead = sizeof(TLC_CHUNK) + sizeof(uint64_t);
 
 static_assert(sizeof(TLC_CHUNK) % 8 == 0, "what follows a chunk's record is aligned");
 
@@ -65,10 +68,11 @@ uint32_t TLC_FlagValue(const char *name)
 static void add_chunk(TLC_ARENA *arena, size_t size)
 {
     const size_t before = arena->chunks == nullptr ? 0 : arena->chunks->size;
-    size_t room = before == 0 ? first_chunk_size : before * 2;
-    if (room > largest_chunk_size) room = largest_chunk_size;
+    const size_t doubled = before == 0 ? first_chunk_size : (before + chunk_overhead) * 2;
+    size_t room = (doubled < largest_chunk_size ? doubled : largest_chunk_size) - chunk_overhead;
     if (room < size) room = size;
-    TLC_CHUNK *chunk = static_cast<TLC_CHUNK *>(SH_AllocateBytes(sizeof(TLC_CHUNK) + room));
+    TLC_CHUNK *chunk =
+        static_cast<TLC_CHUNK *>(SH_AllocateRecord(sizeof(TLC_CHUNK) + room, "TLC:CHUNK"));
     chunk->size = room;
     chunk->next = arena->chunks;
     arena->chunks = chunk;
@@ -199,6 +203,7 @@ void TLC_DelStream(TLC_STREAM *stream)
         TLC_ArenaDrop(&stream->records);
         TLC_ArenaDrop(&stream->code_buffers);
     }
+    if (stream->text.scratch != nullptr) std::fclose(stream->text.scratch);
     SH_Free(stream);
 }
 
@@ -293,6 +298,8 @@ void TLC_Error(TLC_STREAM *stream, const char *message)
         TLT_FatalError(nullptr, message);
         return;
     }
+    // A trial tells nothing: its text is written again.
+    if (stream->text.declarations != nullptr) return;
     std::fprintf(stream->file, "/*ERROR - %s */\n", message);
     stream->text_errors++;
     last_text_errors = stream->text_errors;

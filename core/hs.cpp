@@ -3,47 +3,51 @@
  * order of entry: a deleted record stays until a search passes it, and a search passes what was
  * entered in its bucket before the record that it finds, or all of the bucket if it finds none. No
  * chain is kept for this: records carry the number of their entry, a bucket lists its deleted
- * records, and the search itself goes through an index by full hash that grows with the number of
- * names.
+ * records, and the search itself goes through an index by full hash that each domain has of its own.
+ * So the names of one scope stay together in the caches however many others there are.
  */
 #include "core/hs.h"
 
 #include "core/sh.h"
 
+#include <cstddef>
 #include <cstring>
 
 static constexpr uint32_t shared_bucket_count = 1024;
-static constexpr uint32_t first_index_size = 1024; // a power of 2
+static constexpr uint32_t first_index_size = 16; // a power of 2; enough for most functions
 
 static constexpr size_t link_size = sizeof(void *);
 
-/** A name; its characters and their terminator follow the record in the same block. */
+/** A name; its characters and their terminator go on behind the record in the same block. */
 struct HS_RECORD {
     HS_RECORD *next;  // on its chain of the index, or in its bucket's list once deleted
     HS_RECORD *older; // in its domain
     HS_RECORD *newer;
-    intptr_t value; // the caller's
-    uint32_t domain_number;
+    intptr_t value;  // the caller's
     uint32_t hash;   // of the name alone
     uint32_t length; // of the name
     uint32_t entry;  // counts up in the table
+    char name[4];
 };
 
 struct HS_TABLE {
-    HS_RECORD **index;      // chains by hash and domain number; null before and after its life
-    uint32_t index_size;    // a power of 2
-    uint32_t record_count;  // on the index
-    HS_RECORD **deleted;    // for each bucket its deleted records, latest deletion first
+    HS_RECORD **deleted; // for each bucket its deleted records, latest deletion first; null before
+                         // and after the table's life
     uint32_t bucket_count;  // a power of 2
     uint32_t deleted_count; // in all buckets
     uint32_t last_entry;
+    HS_DOMAIN *domains; // newest first
 };
 
 struct HS_DOMAIN {
     HS_TABLE *table; // the shared one or its own
     HS_RECORD *newest;
+    HS_RECORD **index;      // chains by hash; null without names
+    uint32_t index_size;    // a power of 2
     uint32_t domain_number; // 0 in a domain with a table of its own
     int32_t size;           // names
+    HS_DOMAIN *older;       // in the table
+    HS_DOMAIN *newer;
 };
 
 static HS_TABLE shared;
@@ -76,10 +80,9 @@ uint32_t HS_Hash(const char *name, size_t length)
     return static_cast<uint32_t>(hash * multiplier >> 32);
 }
 
-static HS_RECORD **index_slot(const HS_TABLE *table, uint32_t hash, uint32_t domain_number)
+static HS_RECORD **index_slot(const HS_DOMAIN *domain, uint32_t hash)
 {
-    const uint64_t mixed = mix(hash, domain_number) * multiplier;
-    return &table->index[mixed >> 32 & (table->index_size - 1)];
+    return &domain->index[hash & (domain->index_size - 1)];
 }
 
 /**
@@ -96,20 +99,43 @@ static HS_RECORD **bucket_of(const HS_TABLE *table, const char *name, size_t len
 
 // --- records and their index ---
 
-static char *name_of(HS_RECORD *record)
-{
-    return reinterpret_cast<char *>(record + 1);
-}
-
-static void make_table(HS_TABLE *table, uint32_t bucket_count, uint32_t index_size)
+static void make_table(HS_TABLE *table, uint32_t bucket_count)
 {
     table->bucket_count = bucket_count;
     table->deleted = static_cast<HS_RECORD **>(SH_AllocateBytes(bucket_count * link_size));
-    table->index_size = index_size;
-    table->index = static_cast<HS_RECORD **>(SH_AllocateBytes(index_size * link_size));
 }
 
-static void free_list(HS_RECORD *record)
+static HS_DOMAIN *new_domain(HS_TABLE *table)
+{
+    auto *domain = static_cast<HS_DOMAIN *>(SH_AllocateRecord(sizeof(HS_DOMAIN), "HS:DOMAIN"));
+    domain->table = table;
+    domain->older = table->domains;
+    if (table->domains != nullptr) table->domains->newer = domain;
+    table->domains = domain;
+    return domain;
+}
+
+static void unlink_domain(HS_DOMAIN *domain)
+{
+    if (domain->newer != nullptr)
+        domain->newer->older = domain->older;
+    else
+        domain->table->domains = domain->older;
+    if (domain->older != nullptr) domain->older->newer = domain->newer;
+}
+
+static void free_names(HS_DOMAIN *domain)
+{
+    while (domain->newest != nullptr) {
+        HS_RECORD *record = domain->newest;
+        domain->newest = record->older;
+        SH_Free(record);
+    }
+    SH_Free(domain->index);
+    domain->index = nullptr;
+}
+
+static void free_deleted(HS_RECORD *record)
 {
     while (record != nullptr) {
         HS_RECORD *next = record->next;
@@ -118,23 +144,23 @@ static void free_list(HS_RECORD *record)
     }
 }
 
-/** Releases a table's records, whatever their state, and its arrays. */
+/** Releases a table's records, whatever their state, and its buckets; its domains stay, empty. */
 static void drop_table(HS_TABLE *table)
 {
-    for (uint32_t i = 0; i < table->index_size; i++)
-        free_list(table->index[i]);
+    for (HS_DOMAIN *domain = table->domains; domain != nullptr; domain = domain->older)
+        free_names(domain);
+    if (table->deleted == nullptr) return;
     for (uint32_t i = 0; i < table->bucket_count; i++)
-        free_list(table->deleted[i]);
-    SH_Free(table->index);
+        free_deleted(table->deleted[i]);
     SH_Free(table->deleted);
-    *table = HS_TABLE{};
+    table->deleted = nullptr;
+    table->deleted_count = 0;
 }
 
-static bool is_wanted(const HS_RECORD *record, uint32_t domain_number, const char *name,
-                      size_t length, uint32_t hash)
+static bool is_wanted(const HS_RECORD *record, const char *name, size_t length, uint32_t hash)
 {
-    if (record->hash != hash || record->domain_number != domain_number) return false;
-    return record->length == length && std::memcmp(record + 1, name, length) == 0;
+    return record->hash == hash && record->length == length &&
+           std::memcmp(record->name, name, length) == 0;
 }
 
 /** Releases those deleted records of a bucket that a walk of its chain up to an entry passes. */
@@ -150,58 +176,56 @@ static void sweep(HS_TABLE *table, const char *name, size_t length, uint32_t dom
     }
 }
 
-/** Finds a record, null if there is none, and cleans up behind itself. */
-static HS_RECORD *search(const HS_DOMAIN *domain, const char *name, size_t length, uint32_t hash)
+/** Looks a name up in a domain's index, null if it is not there. */
+static HS_RECORD *look_up(const HS_DOMAIN *domain, const char *name, size_t length, uint32_t hash)
 {
-    HS_TABLE *table = domain->table;
-    if (table->index == nullptr) return nullptr;
-    const uint32_t domain_number = domain->domain_number;
-    HS_RECORD *record = *index_slot(table, hash, domain_number);
-    while (record != nullptr && !is_wanted(record, domain_number, name, length, hash))
+    if (domain->index == nullptr) return nullptr;
+    HS_RECORD *record = *index_slot(domain, hash);
+    while (record != nullptr && !is_wanted(record, name, length, hash))
         record = record->next;
-    if (table->deleted_count > 0) sweep(table, name, length, domain_number, record);
     return record;
 }
 
-static void put_on_index(HS_TABLE *table, HS_RECORD *record)
+/** Finds a record, null if there is none, and cleans up behind itself. */
+static HS_RECORD *search(const HS_DOMAIN *domain, const char *name, size_t length, uint32_t hash)
 {
-    HS_RECORD **slot = index_slot(table, record->hash, record->domain_number);
+    HS_RECORD *record = look_up(domain, name, length, hash);
+    HS_TABLE *table = domain->table;
+    if (table->deleted_count > 0) sweep(table, name, length, domain->domain_number, record);
+    return record;
+}
+
+static void put_on_index(HS_DOMAIN *domain, HS_RECORD *record)
+{
+    HS_RECORD **slot = index_slot(domain, record->hash);
     record->next = *slot;
     *slot = record;
 }
 
-/** Doubles the index, so that its chains stay short. */
-static void grow_index(HS_TABLE *table)
+/** Makes the index, or doubles it so that its chains stay short. */
+static void grow_index(HS_DOMAIN *domain)
 {
-    HS_RECORD **old_index = table->index;
-    const uint32_t old_size = table->index_size;
-    table->index_size = old_size * 2;
-    table->index = static_cast<HS_RECORD **>(SH_AllocateBytes(table->index_size * link_size));
-    for (uint32_t i = 0; i < old_size; i++) {
-        HS_RECORD *record = old_index[i];
-        while (record != nullptr) {
-            HS_RECORD *next = record->next;
-            put_on_index(table, record);
-            record = next;
-        }
-    }
-    SH_Free(old_index);
+    SH_Free(domain->index);
+    domain->index_size = domain->index == nullptr ? first_index_size : domain->index_size * 2;
+    domain->index =
+        static_cast<HS_RECORD **>(SH_AllocateRecord(domain->index_size * link_size, "HS:INDEX"));
+    for (HS_RECORD *record = domain->newest; record != nullptr; record = record->older)
+        put_on_index(domain, record);
 }
 
-static void take_off_index(HS_TABLE *table, HS_RECORD *record)
+static void take_off_index(HS_DOMAIN *domain, HS_RECORD *record)
 {
-    HS_RECORD **link = index_slot(table, record->hash, record->domain_number);
+    HS_RECORD **link = index_slot(domain, record->hash);
     while (*link != record)
         link = &(*link)->next;
     *link = record->next;
-    table->record_count--;
 }
 
-/** Leaves a record to the next search that passes it. */
-static void mark_deleted(HS_TABLE *table, HS_RECORD *record)
+/** Leaves a record that is off the index to the next search that passes it. */
+static void mark_deleted(const HS_DOMAIN *domain, HS_RECORD *record)
 {
-    take_off_index(table, record);
-    HS_RECORD **bucket = bucket_of(table, name_of(record), record->length, record->domain_number);
+    HS_TABLE *table = domain->table;
+    HS_RECORD **bucket = bucket_of(table, record->name, record->length, domain->domain_number);
     record->next = *bucket;
     *bucket = record;
     table->deleted_count++;
@@ -209,9 +233,9 @@ static void mark_deleted(HS_TABLE *table, HS_RECORD *record)
 
 static HS_RECORD *new_record(HS_DOMAIN *domain, const char *name, size_t length, uint32_t hash)
 {
-    auto *record = static_cast<HS_RECORD *>(SH_AllocateBytes(sizeof(HS_RECORD) + length + 1));
-    std::memcpy(name_of(record), name, length);
-    record->domain_number = domain->domain_number;
+    auto *record = static_cast<HS_RECORD *>(
+        SH_AllocateRecord(offsetof(HS_RECORD, name) + length + 1, "HS:HS_RECORD"));
+    std::memcpy(record->name, name, length);
     record->hash = hash;
     record->length = static_cast<uint32_t>(length);
     record->entry = ++domain->table->last_entry;
@@ -228,7 +252,7 @@ void HS_Initialise()
 {
     if (is_initialised) return;
     is_initialised = true;
-    make_table(&shared, shared_bucket_count, first_index_size);
+    make_table(&shared, shared_bucket_count);
 }
 
 void HS_CleanUp()
@@ -238,52 +262,55 @@ void HS_CleanUp()
 
 HS_DOMAIN *HS_NewDomain()
 {
-    auto *domain = static_cast<HS_DOMAIN *>(SH_NameAllocate(sizeof(HS_DOMAIN), "HS:DOMAIN"));
-    domain->table = &shared;
+    HS_DOMAIN *domain = new_domain(&shared);
     domain->domain_number = domain_counter++;
     return domain;
 }
 
 HS_DOMAIN *HS_NewHashTable(int32_t bucket_count)
 {
-    auto *domain = static_cast<HS_DOMAIN *>(SH_NameAllocate(sizeof(HS_DOMAIN), "HS:DOMAIN"));
-    domain->table = static_cast<HS_TABLE *>(SH_NameAllocate(sizeof(HS_TABLE), "HS:TABLE"));
-    const uint32_t count = bucket_count > 0 ? static_cast<uint32_t>(bucket_count) : 1;
-    make_table(domain->table, count, 16);
-    return domain;
+    auto *table = static_cast<HS_TABLE *>(SH_NameAllocate(sizeof(HS_TABLE), "HS:TABLE"));
+    make_table(table, bucket_count > 0 ? static_cast<uint32_t>(bucket_count) : 1);
+    return new_domain(table);
 }
 
-static void delete_private_table(HS_TABLE *table)
+/** Leaves all names of a domain to later searches. */
+static void delete_names(HS_DOMAIN *domain)
 {
-    drop_table(table);
-    SH_Free(table);
+    HS_RECORD *record = domain->newest;
+    while (record != nullptr) {
+        HS_RECORD *older = record->older;
+        mark_deleted(domain, record);
+        record = older;
+    }
+    SH_Free(domain->index);
 }
 
 void HS_DelDomain(HS_DOMAIN *domain)
 {
     HS_TABLE *table = domain->table;
-    if (table != &shared) {
-        delete_private_table(table);
-    } else if (table->index != nullptr) { // else its records are gone already
-        for (HS_RECORD *record = domain->newest; record != nullptr; record = record->older)
-            mark_deleted(table, record);
+    if (table == &shared) {
+        delete_names(domain);
+        unlink_domain(domain);
+    } else {
+        drop_table(table);
+        SH_Free(table);
     }
     SH_Free(domain);
 }
 
 const char *HS_NewName(HS_DOMAIN *domain, const char *name, intptr_t value)
 {
-    HS_TABLE *table = domain->table;
     const size_t length = std::strlen(name);
     const uint32_t hash = HS_Hash(name, length);
-    if (table->index == nullptr || search(domain, name, length, hash) != nullptr) return nullptr;
-    if (table->record_count >= table->index_size / 2 && table->index_size < 1u << 31)
-        grow_index(table);
+    if (domain->table->deleted == nullptr) return nullptr;
+    if (search(domain, name, length, hash) != nullptr) return nullptr;
+    if (static_cast<uint32_t>(domain->size) >= domain->index_size && domain->size < 1 << 30)
+        grow_index(domain);
     HS_RECORD *record = new_record(domain, name, length, hash);
     record->value = value;
-    put_on_index(table, record);
-    table->record_count++;
-    return name_of(record);
+    put_on_index(domain, record);
+    return record->name;
 }
 
 int32_t HS_FindHashed(HS_DOMAIN *domain, const char *name, size_t length, uint32_t hash,
@@ -318,30 +345,25 @@ static void unlink_name(HS_DOMAIN *domain, HS_RECORD *record)
 
 int32_t HS_DelName(HS_DOMAIN *domain, const char *name)
 {
-    HS_TABLE *table = domain->table;
-    if (table->index == nullptr) return 0;
     const size_t length = std::strlen(name);
-    const uint32_t hash = HS_Hash(name, length);
-    HS_RECORD *record = *index_slot(table, hash, domain->domain_number);
-    while (record != nullptr && !is_wanted(record, domain->domain_number, name, length, hash))
-        record = record->next;
+    HS_RECORD *record = look_up(domain, name, length, HS_Hash(name, length));
     if (record == nullptr) return 0;
     unlink_name(domain, record);
-    mark_deleted(table, record);
+    take_off_index(domain, record);
+    mark_deleted(domain, record);
     return 1;
 }
 
 int32_t HS_AllNames(HS_DOMAIN *domain, HS_VISITOR visitor, void *user)
 {
-    if (domain->table->index == nullptr) return 1;
     int32_t result = 1;
     for (HS_RECORD *record = domain->newest; record != nullptr && result != 0;
          record = record->older)
-        result = visitor(user, name_of(record), record->value);
+        result = visitor(user, record->name, record->value);
     return result;
 }
 
 int32_t HS_DomainSize(HS_DOMAIN *domain)
 {
-    return domain->table->index == nullptr ? 0 : domain->size;
+    return domain->table->deleted == nullptr ? 0 : domain->size;
 }

@@ -11,6 +11,16 @@
 void *SH_AllocateBytes(size_t size);
 
 /**
+ * Allocates like SH_AllocateBytes, but without the word behind the request: for records, and texts
+ * whose terminator is part of the request.
+ *
+ * @param size  bytes wanted, above 0; a size that no block can have ends the process
+ * @param tag   MODULE:THING; a note at the call, never read
+ * @return      a zero-filled block, never null; the caller releases it with SH_Free
+ */
+void *SH_AllocateRecord(size_t size, const char *tag);
+
+/**
  * Enlarges a block to at least twice what it has, keeps its bytes and zero-fills the rest. For
  * buffers that grow by doubling.
  *

@@ -80,7 +80,7 @@ void TLE_KeepNumberText(TLE_TERM *term)
 
 TLE_TERM *TLE_NewTerm(int32_t kind, int32_t use, const char *tag)
 {
-    TLE_TERM *term = static_cast<TLE_TERM *>(SH_NameAllocate(sizeof(TLE_TERM), tag));
+    TLE_TERM *term = static_cast<TLE_TERM *>(SH_AllocateRecord(sizeof(TLE_TERM), tag));
     term->kind = static_cast<int8_t>(kind);
     term->use = static_cast<uint8_t>(use & 7);
     return term;

@@ -78,8 +78,8 @@ static TLT_STATEMENT *make_statement(const char *text, size_t length)
     bool has_tabs = memchr(text, '\t', length) != nullptr;
     if (length > longest_text / TAB_STOP) length = longest_text / TAB_STOP;
     size_t size = has_tabs ? expanded_length(text, length) : length;
-    auto *statement =
-        static_cast<TLT_STATEMENT *>(SH_AllocateBytes(sizeof(TLT_STATEMENT) + size + 1));
+    auto *statement = static_cast<TLT_STATEMENT *>(
+        SH_AllocateRecord(sizeof(TLT_STATEMENT) + size + 1, "TLT:STATEMENT"));
     if (has_tabs)
         expand_tabs(TLT_Chars(statement), text, length);
     else

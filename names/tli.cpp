@@ -138,7 +138,7 @@ static TLI_IDENTIFIER *allocate_identifier(const char *tag, const TLI_CLASS *cla
 {
     uint32_t size = class_record->record_size;
     if (size < sizeof(TLI_IDENTIFIER)) size = sizeof(TLI_IDENTIFIER);
-    auto *identifier = static_cast<TLI_IDENTIFIER *>(SH_NameAllocate((int32_t)size, tag));
+    auto *identifier = static_cast<TLI_IDENTIFIER *>(SH_AllocateRecord(size, tag));
     identifier->class_record = class_record;
     return identifier;
 }

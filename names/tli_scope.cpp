@@ -178,7 +178,7 @@ void TLI_UseScope(TLI_DOMAIN *domain, const char *name, TLI_SCOPE *scope)
 
 TLI_SCOPE *TLI_NewScope(TLI_DOMAIN *domain, const char *name, int32_t type)
 {
-    auto *scope = static_cast<TLI_SCOPE *>(SH_NameAllocate(sizeof(TLI_SCOPE), "TLI:SCOPE"));
+    auto *scope = static_cast<TLI_SCOPE *>(SH_AllocateRecord(sizeof(TLI_SCOPE), "TLI:SCOPE"));
     ST_Copy(scope->name, TLI_NAME_CAPACITY, name);
     scope->type = type;
     scope->domain = domain;
