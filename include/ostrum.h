@@ -53,7 +53,6 @@
 /* Code generation */
 #include <ostrum/eep.h>
 #include <ostrum/tlc.h>
-#include <ostrum/tlcc.h>
 #include <ostrum/tlcg.h>
 #include <ostrum/tlcj.h>
 

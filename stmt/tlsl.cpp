@@ -164,17 +164,22 @@ static void check_step(FOR_PARSE *parse)
     TLT_Error(parse->statement, "BY value must be positive");
 }
 
-/* An expression that failed has had its own error, and is no mismatch. */
+/* An expression without a type has had its own error, and is then no mismatch. */
+static bool fits_loop(const FOR_PARSE *parse, const TLE_TERM *term)
+{
+    TLI_IDENTIFIER *type = TLE_ExpressionType(term);
+    bool has_failed = type == nullptr && TLT_StatementError(parse->statement) >= TLT_LEVEL_ERROR;
+    return has_failed ||
+           TLIT_MatchType(parse->root->module, parse->statement, parse->type, type) != 0;
+}
+
 static void clause_expression(FOR_PARSE *parse, const CLAUSE *clause)
 {
-    TLP_MODULE *module = parse->root->module;
-    TLE_TERM *term = TLE_ParseExpression(module, parse->statement, TLE_USE_VALUE, TLT_TOKEN_NONE);
+    TLE_TERM *term =
+        TLE_ParseExpression(parse->root->module, parse->statement, TLE_USE_VALUE, TLT_TOKEN_NONE);
     parse->record->*(clause->expression) = term;
     parse->seen |= clause_bit(clause);
-    if (term == nullptr) return;
-    if (!TLIT_MatchType(module, parse->statement, parse->type, TLE_ExpressionType(term))) {
-        parse->has_mismatch = true;
-    }
+    if (!fits_loop(parse, term)) parse->has_mismatch = true;
 }
 
 static void for_clause(FOR_PARSE *parse, int32_t token)
