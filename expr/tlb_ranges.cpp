@@ -8,11 +8,10 @@
 
 #include "expr/tle_code.h"
 #include <ostrum/eep.h>
-#include <ostrum/st.h>
 #include <ostrum/tlc.h>
-#include <ostrum/tlcj.h>
 #include <ostrum/tli.h>
 #include <ostrum/tlit.h>
+#include <ostrum/tlt.h>
 
 static constexpr int32_t two_values = -1; // extra word of min and max of two values
 static constexpr int32_t highest_char = 255;
@@ -164,9 +163,14 @@ static int32_t refuse_upb(const TLB_BUILT_IN *, TLC_STREAM *stream, TLE_TERM *)
     return 0;
 }
 
+/** The array as a whole is asked for its length, whichever element the argument names. */
 static int32_t upb_java(const TLB_BUILT_IN *, TLC_STREAM *stream, TLE_TERM *term)
 {
-    const int32_t written = TLB_TightArgument(stream, term, 0);
+    const TLE_TERM *array = TLE_CallArgument(term, 0);
+    if (array == nullptr) return 0;
+    TLE_TERM whole = *array;
+    if (whole.kind == TLT_TOKEN_IDENTIFIER) whole.left = nullptr;
+    const int32_t written = TLE_TermCode(stream, &whole, TLE_MODE_VALUE);
     fputs(".length() - 1", TLC_CFile(stream));
     return written;
 }

@@ -586,6 +586,7 @@ TEST(BuiltIns, JavaText)
             { "FL = to_float(X * Y)", "  FL=(float) (X*Y);\n" },
             { "X = round(FL)", "  X=(int) FL;\n" },
             { "X = upb(A)", "  X=A.length() - 1;\n" },
+            { "X = upb(A[2])", "  X=A.length() - 1;\n" },
             { "X = 2 * upb(A)", "  X=2*(A.length() - 1);\n" },
             { "X = upb(Q->LIST) + 1", "  X=Q.LIST.length() - 1+1;\n" },
             { "FL = to_float(upb(A))", "  FL=(float) (A.length() - 1);\n" },
