@@ -15,7 +15,7 @@ OSTRUM_BEGIN
  * @param user          the word given to F_AllDirFiles
  * @param directory     as given to F_AllDirFiles
  * @param name          the file's name
- * @param is_directory  not 0 for a subdirectory
+ * @param is_directory  16 for a subdirectory, else 0
  * @return              ignored
  */
 typedef int32_t (*F_VISITOR)(void *user, const char *directory, const char *name,
