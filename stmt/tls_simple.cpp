@@ -7,10 +7,11 @@
 #include "stmt/tlsl.h"
 #include "stmt/tlss.h"
 
+#include "core/sh.h"
+
 #include <cstdio>
 
 #include <ostrum/eep.h>
-#include <ostrum/sh.h>
 #include <ostrum/tlc.h>
 #include <ostrum/tle.h>
 #include <ostrum/tli.h>
@@ -26,7 +27,7 @@ TLS_STATEMENT *TLS_NewStatement(const char *tag, int32_t size,
                                 const TLS_STATEMENT_CLASS *statement_class,
                                 TLT_STATEMENT *statement)
 {
-    auto *record = static_cast<TLS_STATEMENT *>(SH_NameAllocate(size, tag));
+    auto *record = static_cast<TLS_STATEMENT *>(SH_AllocateRecord(static_cast<size_t>(size), tag));
     record->statement_class = statement_class;
     record->statement = statement;
     return record;
