@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# Every example compiles without a word, and its module can be listed.
-# usage: check_examples.sh EXAMPLES_DIRECTORY TOLL PKOB
+# Every example compiles without a word, and its module is sound and can be listed.
+# usage: check_examples.sh EXAMPLES_DIRECTORY TOLL PKOB EVALUATE
 set -euo pipefail
-examples=$1 toll=$2 pkob=$3
+examples=$1 toll=$2 pkob=$3 evaluate=$4
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 
@@ -16,6 +16,7 @@ for source in "$examples"/*.tl; do
         [ ! -s "$scratch/said" ] || { cat "$scratch/said"; echo "speaks: $source"; exit 1; }
         "$pkob" -c "$module" >"$scratch/listing"
         [ -s "$scratch/listing" ]
+        "$evaluate" "$module"
     done
     count=$((count + 1))
 done

@@ -1,12 +1,13 @@
 #!/usr/bin/env bash
 # Compiles each source of the golden directory and compares what toll says and what pkob shows of
 # the module with the files beside it; --update writes those files anew.
-# usage: check_golden.sh [--update] GOLDEN_DIRECTORY TOLL PKOB [NAME]
+# The module of each is sound by EVALUATE's verification.
+# usage: check_golden.sh [--update] GOLDEN_DIRECTORY TOLL PKOB [NAME [EVALUATE]]
 # First line of a source may be "; options: ..." for toll, as a comment on its MODULE statement.
 set -euo pipefail
 update=
 [ "$1" = --update ] && { update=1; shift; }
-golden=$1 toll=$2 pkob=$3 only=${4:-}
+golden=$1 toll=$2 pkob=$3 only=${4:-} evaluate=${5:-}
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 export SOURCE_DATE_EPOCH=951868800 TZ=UTC
@@ -31,6 +32,7 @@ for source in *.tl; do
     if [ -e "$scratch/$name.kob" ]; then
         (cd "$scratch" && "$pkob" --all "$name.kob") >"$scratch/dump"
         compare "$scratch/dump" "$name.dump"
+        [ -z "$evaluate" ] || "$evaluate" "$scratch/$name.kob" || failed=1
     fi
 done
 exit $failed
