@@ -103,6 +103,14 @@ TEST_F(Constants, OfRecordsAreLaidOutAsTheirFields)
     EXPECT_EQ(TLIC_ConstantValue(source.module, source.find("ONE"), 0, &value), 0);
 }
 
+TEST_F(Constants, AnArrayFieldWithoutBoundsTakesOneValue)
+{
+    source.parse("CONST INT LIST[3] = 1, 2, 3\nTYPEDEF RECORD R (INT A[], INT N)\nUSES\n"
+                 "CONST R ONE = (LIST, 5)");
+    ASSERT_EQ(source.messages(), "");
+    EXPECT_EQ(planted("ONE"), (Bytes{ 0, 0, 0, 0, 0, 0, 0, 3, 0, 0, 0, 5 }));
+}
+
 TEST_F(Constants, ThatCannotBePlantedAreErrorsOfGeneration)
 {
     source.parse("CONST SHORT S[] = 1");

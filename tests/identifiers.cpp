@@ -160,6 +160,26 @@ TEST_F(Identifiers, QualifiedNames)
     TLI_DelDomain(used);
 }
 
+TEST_F(Identifiers, AQualifierIsAUsedDomainBeforeAScopeBeforeTheDomainItself)
+{
+    TLI_DOMAIN *used = TLI_NewDomain("ENGINE");
+    TLI_SCOPE *used_globals = TLI_NewScope(used, "GLOBALS", TLI_STATIC_SCOPE);
+    TLI_SCOPE *named = TLI_NewScope(domain, "ENGINE", TLI_FRAME_SCOPE);
+    TLI_PushScope(used, used_globals);
+    TLI_IDENTIFIER *own = declare("A");
+    TLI_IDENTIFIER *in_scope = TLI_NewScopeIdentifier(named, nullptr, "A", nullptr, nullptr);
+    TLI_IDENTIFIER *in_used = TLI_NewScopeIdentifier(used_globals, nullptr, "A", nullptr, nullptr);
+    TLI_UseScope(domain, "ENGINE", named);
+    TLI_UseDomain(domain, "ENGINE", used);
+    EXPECT_EQ(TLI_FindIdentifier(nullptr, domain, "ENGINE.A"), in_used);
+    TLI_DelUseDomain(domain, "ENGINE");
+    EXPECT_EQ(TLI_FindIdentifier(nullptr, domain, "ENGINE.A"), in_scope);
+    TLI_DelScope(named); // takes its name out of the used scopes
+    EXPECT_EQ(TLI_FindIdentifier(nullptr, domain, "ENGINE.A"), own);
+    TLI_DelScope(used_globals);
+    TLI_DelDomain(used);
+}
+
 TEST_F(Identifiers, AScopeIsPoppedAsOftenAsItWasPushed)
 {
     TLI_PushScope(domain, locals);
@@ -211,6 +231,8 @@ TEST_F(Identifiers, RoomInAScope)
         EXPECT_EQ(TLI_ScopeAllocate(locals, row.type, row.dimension), row.offset);
         EXPECT_EQ(TLI_ScopeSize(locals), row.size);
     }
+    EXPECT_EQ(TLI_ScopeAllocate(globals, TLIT_CharType, -1), 0);
+    EXPECT_EQ(TLI_ScopeAllocate(globals, TLIT_ShortType, -1), 2);
 }
 
 TEST_F(Identifiers, WalksGoFromTheNewestNameAndStopAtZero)

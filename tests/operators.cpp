@@ -146,6 +146,7 @@ TEST(Operators, ConstantsFold)
         { "10V / 4R", "2500 CURRENT" },
         { "1 / 20ms", "50000 FREQUENCY" },
         { "-1 / 3s", "-333 FREQUENCY" },
+        { "1 / 50Hz", "20000 TIME" },
         { "A - 1 / 0", "(- A (/ 1 0)) INT" },
         { "1 MOD 0", "(MOD 1 0) INT" },
         { "1 / 0s", "(/ 1 0) FREQUENCY" },

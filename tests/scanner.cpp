@@ -139,6 +139,7 @@ TEST(Scanner, NumbersHaveValueUnitsAndText)
         { "50%", 50000, 8, "50%", "" },
         { "5mR", 0, 2, "5mR", "Precision lost on this quantity" },
         { "16777217mV", 16777216, 1, "16777217mV", "" },
+        { "2147483648mV", INT32_MIN, 1, "2147483648mV", "Precision lost on this quantity" },
         { "1.5", 1, 0, "1.5", "Real numbers not supported" },
         { "1.5 V", 1, 0, "1.5", "Real numbers not supported" },
         { "12abc", 12, 0, "12abc", "Unrecognised units" },

@@ -127,6 +127,41 @@ TEST_F(Types, Predeclared)
     EXPECT_TRUE(messages.empty());
 }
 
+static int32_t append_name(void *context, const char *name, TLI_IDENTIFIER *)
+{
+    *static_cast<std::string *>(context) += std::string(name) + " ";
+    return 1;
+}
+
+TEST_F(Types, DataTypesOfAModule)
+{
+    TLI_SCOPE *scope = TLI_GetScope(data_types, statement);
+    std::string names; // the latest first
+    TLI_AllIdentifiers(scope, append_name, &names);
+    EXPECT_EQ(names, "VARLOC CONVERTER BINARY_DATA POINT COMPONENT WAVEFORM HELPSCREEN PARAMETER "
+                     "PICTURE PIN VIEW CONNECTOR MESSAGE ");
+    EXPECT_EQ(TLI_ScopeType(scope), TLI_STATIC_SCOPE);
+    EXPECT_STREQ(TLI_DomainName(data_types), "");
+}
+
+TEST_F(Types, VariantsOfTheKindsOfTypes)
+{
+    TLI_IDENTIFIER *type = record("R");
+    TLI_PopScope(domain);
+    const struct {
+        TLI_IDENTIFIER *type;
+        int32_t variant_type;
+    } rows[] = {
+        { TLIT_EnumerationType(data_types, domain, statement, "E"), 17 },
+        { TLIT_FunctionType(data_types, domain, statement, "F", nullptr), 9 },
+        { type, 13 },
+        { TLIT_Pointer(data_types, domain, statement, "P", type), 16384 },
+        { TLIT_Array(domain, statement, type), 8192 },
+    };
+    for (const auto &row : rows)
+        EXPECT_EQ(TLIT_VariantType(row.type), row.variant_type) << TLI_IdentifierName(row.type);
+}
+
 TEST_F(Types, PredeclaredConstant)
 {
     intptr_t value = 0;

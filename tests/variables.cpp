@@ -23,7 +23,8 @@ constexpr const char *frames = "ENUM E = ONE TWO\n"
                                "INT G, GA[10], GU[]\n"
                                "FUNCTION VOID OUTER(INT X, VAR INT Y)\n"
                                "VAR INT Z[4]\n"
-                               "FUNCTION VOID F(CHAR V, VAR INT W, CONST CHAR S[], VAR R Q)\n"
+                               "FUNCTION VOID F(CHAR V, VAR INT W, CONST CHAR S[], VAR R Q, VAR "
+                               "STRING T)\n"
                                "VAR CHAR LC\n"
                                "INT L, LA[10], LU[]\n";
 
@@ -122,7 +123,7 @@ TEST_F(Variables, ValuesAreLoadedByScope)
 {
     source.parse(frames);
     ASSERT_EQ(source.messages(), "");
-    // F: V 0, W 4, S 8, Q 16, LC 20, L 22, LA 26, LU 66. OUTER: X 0, Y 4, Z 8.
+    // F: V 0, W 4, S 8, Q 16, T 20, LC 24, L 26, LA 30, LU 70. OUTER: X 0, Y 4, Z 8.
     // Statics: GC 0, G 2, GA 6, GU 46.
     const struct {
         const char *name;
@@ -130,13 +131,14 @@ TEST_F(Variables, ValuesAreLoadedByScope)
         Bytes code;
     } rows[] = {
         { "V", 0, { 0, EEP_LLB } },
-        { "L", 0, { 22, EEP_LLW } },
-        { "LA", 1, { 30, EEP_LLW } },
-        { "LA", -1, { 26, EEP_LLA, EEP_ADW, EEP_LW } },
+        { "L", 0, { 26, EEP_LLW } },
+        { "LA", 1, { EEP_SLIT, 34, EEP_LLW } },
+        { "LA", -1, { 30, EEP_LLA, EEP_ADW, EEP_LW } },
         { "W", 0, { 4, EEP_LLW, EEP_LW } },
+        { "T", 0, { 20, EEP_LLW, EEP_LP } }, // what it holds is a pointer
         { "S", 0, { 8, EEP_LLW } },
         { "S", 3, { 3, 8, EEP_LLW, EEP_ADD } },
-        { "LU", -1, { EEP_SLIT, 66, EEP_LLW, EEP_ADW } },
+        { "LU", -1, { EEP_SLIT, 70, EEP_LLW, EEP_ADW } },
         { "G", 0, { EEP_LSA, 0, 0, 0, 2, EEP_LW } },
         { "GA", 2, { EEP_LSA, 0, 0, 0, 14, EEP_LW } },
         { "GU", 0, { EEP_LSA, 0, 0, 0, 46, EEP_LP } },
@@ -159,7 +161,7 @@ TEST_F(Variables, AddressesAreThoseOfTheCallersItem)
         int32_t subscript;
         Bytes code;
     } rows[] = {
-        { "L", 0, { 22, EEP_LLA } },
+        { "L", 0, { 26, EEP_LLA } },
         { "W", 0, { 4, EEP_LLW } },  // by reference: what the word holds
         { "Q", 0, { 16, EEP_LLW } }, // a record too
         { "S", 0, { 8, EEP_LLA } },  // an array: the pair
@@ -197,7 +199,7 @@ TEST_F(Variables, SubscriptsAreCheckedOnDemand)
     EXPECT_EQ(code(TLI_PushValue, "GU", -1), (Bytes{ EEP_LSA, 0, 0, 0, 50, EEP_LW, EEP_CHECK,
                                                      EEP_LSA, 0, 0, 0, 46, EEP_LP, EEP_ADW }));
     EXPECT_EQ(code(TLI_PushValue, "LA", -1),
-              (Bytes{ 10, EEP_CHECK, 26, EEP_LLA, EEP_ADW, EEP_LW }));
+              (Bytes{ 10, EEP_CHECK, 30, EEP_LLA, EEP_ADW, EEP_LW }));
 }
 
 TEST_F(Variables, FieldsAreReachedFromTheRecordsAddress)
