@@ -201,11 +201,21 @@ void TLI_FreeIdentifier(TLI_IDENTIFIER *identifier)
     SH_Free(identifier);
 }
 
+// Takes the name out of the scope's table. One that the scope owns unlisted may bear another's name.
+static bool unlist(TLI_IDENTIFIER *identifier)
+{
+    HS_DOMAIN *names = identifier->scope->names;
+    intptr_t listed = 0;
+    if (!HS_FindName(names, identifier->name, &listed) || listed != (intptr_t)identifier)
+        return false;
+    return HS_DelName(names, identifier->name) != 0;
+}
+
 int32_t TLI_DelIdentifier(TLI_IDENTIFIER *identifier)
 {
     if (identifier->scope == nullptr) {
         ST_Free(const_cast<char *>(identifier->name));
-    } else if (!HS_DelName(identifier->scope->names, identifier->name)) {
+    } else if (!unlist(identifier)) {
         return 0;
     }
     TLI_FreeIdentifier(identifier);

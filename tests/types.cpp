@@ -297,6 +297,8 @@ TEST_F(Types, AnElementTypeHasOneArrayType)
     EXPECT_EQ(TLIT_ArrayOf(long_array), long_type);
     EXPECT_EQ(TLIT_Array(domain, statement, long_type), long_array);
     EXPECT_EQ(TLI_FindScopeIdentifier(globals, name.c_str()), long_type);
+    EXPECT_EQ(TLI_DelIdentifier(long_array), 0); // the entry of that name is the record's
+    EXPECT_EQ(TLI_FindScopeIdentifier(globals, name.c_str()), long_type);
 }
 
 TEST_F(Types, BuiltInFunctions)
