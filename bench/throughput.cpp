@@ -1,34 +1,18 @@
 // Compiles synthetic modules of growing size and prints lines per second, peak memory, and how the
-// time grows. Each compilation runs in a process of its own, so that one cannot warm another up and
-// the peak is that of one module.
+// time grows.
 //
 // usage: throughput [RUNS [FUNCTIONS]...]     default: 5 runs of 1000, 5000 and 20000 functions
 
+#include "measure.h"
+
 #include <algorithm>
-#include <chrono>
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
 #include <vector>
-
-#include <ostrum.h>
 
 namespace
 {
-
-struct MEASUREMENT {
-    double seconds;
-    int64_t peak_bytes; // above what the process held before it read the source
-};
-
-struct MODULE_SIZE {
-    int64_t bytes;
-    int64_t lines;
-};
 
 /** The 16 statements of a function; %d is its number, %p the number of a function before it. */
 constexpr const char *statements[] = {
@@ -95,93 +79,6 @@ std::string make_source(const std::string &name, int function_count)
     return text;
 }
 
-int32_t collect_section(void *context, const char *, TLP_SECTION *section, int32_t)
-{
-    static_cast<std::vector<TLP_SECTION *> *>(context)->push_back(section);
-    return 1;
-}
-
-void show_message(TLT_STATEMENT *statement, int32_t level, const char *text)
-{
-    if (level > 1) TLT_PrintMessage(stderr, statement, level, text);
-}
-
-/** Compiles as toll does: sections, parse, module file. False if anything was wrong. */
-bool compile(const char *source, const char *output)
-{
-    TLP_MODULE *module = nullptr;
-    if (TLP_ReadModule2(nullptr, source, &module, stdout, 0, 2, nullptr, nullptr) > 1) return false;
-    std::vector<TLP_SECTION *> sections;
-    TLP_AllSections(module, collect_section, &sections);
-    for (TLP_SECTION *section : sections) {
-        if (TLP_ParseSection(module, section) > 1) return false;
-    }
-    const int32_t result = TLCG_GenerateKOBCode(module, 0, output, 0, OSTRUM_VERSION);
-    TLP_DelModule(module);
-    int32_t errors = 0;
-    return result == 0 && TLT_GetCounters(nullptr, nullptr, &errors) == 1 && errors == 0;
-}
-
-int64_t peak_memory()
-{
-    struct rusage usage = {};
-    getrusage(RUSAGE_SELF, &usage);
-    return int64_t{ usage.ru_maxrss } * 1024;
-}
-
-/** The child's part: compiles once and sends the measurement through the pipe. */
-[[noreturn]] void measure(const std::string &source, int out)
-{
-    TLCG_Initialise();
-    TLT_DefaultMessageHandler(show_message);
-    MEASUREMENT measurement = {};
-    const int64_t before = peak_memory();
-    const auto start = std::chrono::steady_clock::now();
-    const bool is_done = compile(source.c_str(), "throughput.kob");
-    measurement.seconds =
-        std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    measurement.peak_bytes = peak_memory() - before;
-    const bool is_sent = write(out, &measurement, sizeof measurement) == sizeof measurement;
-    _exit(is_done && is_sent ? 0 : 1);
-}
-
-MEASUREMENT run_once(const std::string &source)
-{
-    int ends[2] = {};
-    if (pipe(ends) != 0) abort();
-    const pid_t child = fork();
-    if (child == 0) measure(source, ends[1]);
-    MEASUREMENT measurement = {};
-    int status = 0;
-    const bool is_read = read(ends[0], &measurement, sizeof measurement) == sizeof measurement;
-    waitpid(child, &status, 0);
-    close(ends[0]);
-    close(ends[1]);
-    if (is_read && status == 0) return measurement;
-    fprintf(stderr, "throughput: %s does not compile\n", source.c_str());
-    exit(1);
-}
-
-MODULE_SIZE write_source(const std::string &file, const std::string &name, int function_count)
-{
-    const std::string text = make_source(name, function_count);
-    FILE *stream = fopen(file.c_str(), "w");
-    if (stream == nullptr || fwrite(text.data(), 1, text.size(), stream) != text.size()) abort();
-    fclose(stream);
-    return { static_cast<int64_t>(text.size()), std::count(text.begin(), text.end(), '\n') };
-}
-
-/** The fastest of several runs: the one that the machine disturbed least. */
-MEASUREMENT best_of(int runs, const std::string &source)
-{
-    MEASUREMENT best = run_once(source);
-    for (int run = 1; run < runs; run++) {
-        const MEASUREMENT next = run_once(source);
-        if (next.seconds < best.seconds) best = next;
-    }
-    return best;
-}
-
 void print_row(int function_count, const MODULE_SIZE &size, const MEASUREMENT &best)
 {
     printf("%9d %10lld %9.1f %11.0f %9.1f %9.1f\n", function_count, (long long)size.lines,
@@ -200,15 +97,14 @@ int main(int argument_count, char **arguments)
         counts.push_back(atoi(arguments[i]));
     if (counts.empty()) counts = { 1000, 5000, 20000 };
 
-    char directory[] = "/tmp/throughput-XXXXXX";
-    if (mkdtemp(directory) == nullptr || chdir(directory) != 0) return 1;
+    if (!EnterScratchDirectory()) return 1;
     printf("functions      lines        ms     lines/s   peak MB  peak/source\n");
     double previous_seconds = 0;
     int previous_count = 0;
     for (const int count : counts) {
         const std::string name = "synthetic_" + std::to_string(count);
-        const MODULE_SIZE size = write_source(name + ".tl", name, count);
-        const MEASUREMENT best = best_of(runs, name + ".tl");
+        const MODULE_SIZE size = WriteSource(name, make_source(name, count));
+        const MEASUREMENT best = BestOf(runs, name);
         print_row(count, size, best);
         if (previous_count > 0) {
             printf("          %.1f times the functions take %.2f times as long\n",
@@ -216,8 +112,8 @@ int main(int argument_count, char **arguments)
         }
         previous_seconds = best.seconds;
         previous_count = count;
-        unlink((name + ".tl").c_str());
+        RemoveSource(name);
     }
-    unlink("throughput.kob");
-    return rmdir(directory);
+    LeaveScratchDirectory();
+    return 0;
 }
