@@ -37,7 +37,8 @@ inline std::filesystem::path folder()
 }
 
 // Compiles a source with all its functions in the symbols; gives the path of the module.
-inline std::string compile(const std::string &source, uint32_t flags = WITH_LINES | WITH_CHECKS)
+inline std::string compile(const std::string &source, uint32_t flags = WITH_LINES | WITH_CHECKS,
+                           int32_t read_mode = 2)
 {
     constexpr uint32_t private_symbols = 0x0004;
     const std::string target = (folder() / std::filesystem::path(source).stem()).string() + ".kob";
@@ -46,7 +47,8 @@ inline std::string compile(const std::string &source, uint32_t flags = WITH_LINE
     TLT_ResetCounters();
     TLT_DefaultMessageHandler(keep_error);
     TLP_MODULE *module = nullptr;
-    TLP_ReadModule2(nullptr, source.c_str(), &module, stdout, private_symbols, 2, nullptr, nullptr);
+    TLP_ReadModule2(nullptr, source.c_str(), &module, stdout, private_symbols, read_mode, nullptr,
+                    nullptr);
     if (module != nullptr) {
         std::vector<TLP_SECTION *> sections;
         TLP_AllSections(

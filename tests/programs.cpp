@@ -1,6 +1,7 @@
 // Runs the programs of tests/programs, each of which says in its comments what comes out:
 //
 //   ; with NAME                  another source, compiled and linked to this one
+//   ; read whole         parsed as it is read, as functions in functions need it
 //   ; run NAME(2, -3, "text") OUTCOME [; calls a(1) b("x")] [; answers 4 5]
 //
 // An argument of one byte, CHAR or ENUM, has the word byte before it. OUTCOME is "= 5", "= "text"", "raises 7, 2", "stops" or "fails REASON"; answers are what syscalls give,
@@ -32,6 +33,7 @@ struct StatedRun {
 struct Source {
     std::string module;
     std::vector<std::string> others;
+    int32_t read_mode = 2;
     std::vector<StatedRun> runs;
 };
 
@@ -99,6 +101,7 @@ Source read_source(const std::filesystem::path &path)
         words >> first >> second;
         if (first == "MODULE") source.module = second;
         if (first == ";" && second == "with") source.others.push_back(trim(text.substr(6)));
+        if (first == ";" && second == "read") source.read_mode = 0;
         if (first == ";" && second == "run") source.runs.push_back(read_run(text.substr(5), line));
     }
     std::transform(source.module.begin(), source.module.end(), source.module.begin(), toupper);
@@ -189,7 +192,8 @@ TEST_P(Programs, GiveWhatTheySay)
     const Source source = read_source(GetParam());
     setenv("TollInclude", programs_folder().c_str(), 1);
     for (const uint32_t flags : { 0U, program::WITH_LINES | program::WITH_CHECKS }) {
-        std::vector<std::string> modules{ program::compile(GetParam().string(), flags) };
+        std::vector<std::string> modules{ program::compile(GetParam().string(), flags,
+                                                           source.read_mode) };
         for (const std::string &other : source.others)
             modules.push_back(
                 program::compile((programs_folder() / (other + ".tl")).string(), flags));
