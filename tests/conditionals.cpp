@@ -130,6 +130,10 @@ TEST(Conditionals, Sections)
         { "  IF A == 1\n    B = 2\n  ELSEIF A == 2\n    B = 3\n  ELSE\n    B = 4\n",
           "| ALLOC 8 | 0 LLW 1 EQ | JZ ->6 | | 2 4 SLWP | JUMP ->15 | | 0 LLW 2 EQ | JZ ->12 | | 3 "
           "4 SLWP | JUMP ->14 | | 4 4 SLWP | | | 0 RET " },
+        // An IF that does not stand alone in its ELSE is no part of the chain.
+        { "  IF A == 1\n    B = 2\n  ELSE\n    IF A == 2\n      B = 3\n    B = 4\n",
+          "| ALLOC 8 | 0 LLW 1 EQ | JZ ->6 | | 2 4 SLWP | JUMP ->14 | | 0 LLW 2 EQ | JZ ->12 | "
+          "| 3 4 SLWP | | | 4 4 SLWP | | 0 RET " },
         { "  WHEN 5\n    B = 2\n  ELSE\n    B = 3\n",
           "| ALLOC 8 | 5 | EXCEPTION ->6 | | 2 4 SLWP | END_EXCEPTION 1 JUMP ->8 | | 3 4 SLWP | 5 "
           "EXCEPTION ->9 | | 0 RET " },
