@@ -2,6 +2,7 @@
 #include "tests/source_folder.h"
 
 #include <ostrum/tli.h>
+#include <ostrum/tlit.h>
 
 namespace
 {
@@ -57,6 +58,17 @@ TEST_F(PreprocessorUses, NestingHasALimitOutsideSkippedBranches)
     }
     EXPECT_EQ(module->conditional_depth, 0);
     EXPECT_EQ(TLP_IsSkipping(module), 0);
+}
+
+TEST_F(PreprocessorUses, AUsedModuleExtendsTheRecordOfItsRoot)
+{
+    write("u.tl", "MODULE U\nTYPEDEF RECORD R (INT B)\nPRIVATE\n");
+    read_text("MODULE M\nTYPEDEF RECORD R (INT A)\nUSES U\nPRIVATE\n", TLP_READ_ALL);
+    EXPECT_EQ(folder_messages, "");
+    TLI_DOMAIN *domain = TLP_ModuleDomain(module);
+    TLI_IDENTIFIER *record = TLI_FindIdentifier(nullptr, domain, "R");
+    EXPECT_EQ(TLIT_TypeSizeof(record, -1), 8);
+    EXPECT_EQ(TLI_FindIdentifier(nullptr, domain, "U.R"), nullptr);
 }
 
 TEST_F(PreprocessorUses, DefinesAreCutAtCommas)

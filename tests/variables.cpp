@@ -72,6 +72,14 @@ TEST_F(Variables, TakeRoomInTheirScope)
     EXPECT_EQ(TLI_IdentifierType(source.find("A")), TLIT_IntType);
 }
 
+TEST_F(Variables, ABoundOfZeroMeansAnyLength)
+{
+    source.parse("PRIVATE\nVAR INT A[0]\nINT B[-1]");
+    EXPECT_EQ(source.messages(), "Array dimension must be >= 0");
+    EXPECT_EQ(TLI_IdentifierDimension(source.find("A"), nullptr), 0);
+    EXPECT_TRUE(TLIT_IsArrayType(TLI_IdentifierType(source.find("A"))));
+}
+
 TEST_F(Variables, ArgumentsTakeAWordOrAPair)
 {
     source.parse("PRIVATE\nFUNCTION VOID F(CHAR A, VAR INT B[], CONST CHAR C, VAR CHAR D[BOOL])\n"
