@@ -122,6 +122,7 @@ TEST(Switches, Messages)
         { " SWITCH 'a'\n CASE 'b'\n  A = 1\n", "" },
         { " SWITCH A\n A = 1\n", "7 3 No CASE values for SWITCH statement\n" },
         { " SWITCH A\n DEFAULT\n  A = 1\n", "7 3 No CASE values for SWITCH statement\n" },
+        { " SWITCH A\n DEFAULT\n  RETURN\n  A = 1\n", "7 3 No CASE values for SWITCH statement\n" },
         { " SWITCH\n CASE 1\n  A = 1\n",
           "7 3 No expression for SWITCH or NODE\n7 3 Illegal type for SWITCH\n"
           "8 3 CASE values must be in range 0 and 0x7FFFFFFF\n" },

@@ -2,6 +2,8 @@
 // tree as a graph.
 #include "tests/compiled_source.h"
 
+#include "stmt/tlss.h"
+
 namespace
 {
 
@@ -91,6 +93,13 @@ TEST(Trees, LeavesReturn)
     CompiledSource source(tree(" NODE X 1\n LEAF Y 5\n LEAF Z 6\n", "INT"), TLC_FLAG_LINES);
     EXPECT_EQ(source.messages, "");
     EXPECT_EQ(source.body("F"), "LINE 6 1 POP LINE 7 5 RET LINE 8 6 RET LINE 9 STOP");
+}
+
+TEST(Trees, GotoNotesItsLineAndNeverPasses)
+{
+    CompiledSource source(tree(" NODE X 1\n GOTO X\n"), TLC_FLAG_LINES);
+    EXPECT_EQ(source.body("F"), "LINE 6 1 POP LINE 7 JUMP ->1 LINE 8");
+    EXPECT_EQ(TLSS_GotoClass.flags, TLS_NO_PASS);
 }
 
 TEST(Trees, FaultyStatementsGiveNoCode)
