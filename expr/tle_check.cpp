@@ -34,9 +34,21 @@ static void push_walk(TLE_TERM **slot)
     walk[walk_count++] = { slot, false };
 }
 
+/** Neither pass has anything to do for a name or a number alone. */
+static bool is_plain_leaf(const TLE_TERM *term)
+{
+    return (term->kind == TLT_TOKEN_IDENTIFIER || term->kind == TLT_TOKEN_NUMBER) &&
+           term->left == nullptr && term->right == nullptr;
+}
+
+static bool is_passed_by(const TLE_TERM *term)
+{
+    return term == nullptr || (term->flags & TLE_IS_FINISHED) != 0 || is_plain_leaf(term);
+}
+
 static void push_left_spine(TLE_TERM **slot)
 {
-    while (*slot != nullptr && ((*slot)->flags & TLE_IS_FINISHED) == 0) {
+    while (!is_passed_by(*slot)) {
         push_walk(slot);
         slot = &(*slot)->left;
     }

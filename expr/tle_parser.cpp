@@ -318,7 +318,7 @@ static void take_other(TLE_TERM *term, const char *text, int32_t length)
     if (text == nullptr) return;
     const char *spelling = TLT_TokenValue(term->kind);
     const size_t size = static_cast<size_t>(length);
-    if (strlen(spelling) == size && memcmp(spelling, text, size) == 0) {
+    if (strncmp(spelling, text, size) == 0 && spelling[size] == 0) {
         term->text = spelling;
     } else {
         TLE_SetTextSpan(term, text, size);

@@ -509,9 +509,23 @@ static void report_strange(TLT_STATEMENT *statement, const char *tried, size_t l
     take(statement);
 }
 
+/** Takes a separator of one character that nothing can lengthen; false if it may be another one. */
+static bool scan_single_separator(TLT_STATEMENT *statement, const char *start)
+{
+    const uint8_t code = single_separators[static_cast<uint8_t>(start[0])];
+    const char next = start[1];
+    const bool may_go_on = next == '=' || next == '<' || next == '>' || next == '.' || next == '\n';
+    if (code == TLT_TOKEN_STRANGE || may_go_on) return false;
+    move_to(statement, start + 1);
+    statement->token_code = code;
+    set_piece(statement, start, 1);
+    return true;
+}
+
 static void scan_separator(TLT_STATEMENT *statement)
 {
     const char *start = position(statement);
+    if (scan_single_separator(statement, start)) return;
     char tried[TRIED_COUNT] = { take(statement), peek(statement) };
     uint8_t code = single_separators[static_cast<uint8_t>(tried[0])];
     bool has_second = !is_class(tried[1], LETTER | DIGIT | SPACE);
@@ -557,18 +571,28 @@ static void scan_token(TLT_STATEMENT *statement)
         scan_separator(statement);
 }
 
-int32_t TLT_FirstKeyword(const TLT_STATEMENT *statement)
+/** The keyword of a word that may run on over line feeds. */
+static int32_t find_broken_keyword(const char *place)
 {
     char word[WORD_LIMIT];
     size_t length = 0;
-    const char *place = skip_blanks(TLT_Chars(statement));
-    if (!is_class(*place, LETTER)) return TLT_TOKEN_IDENTIFIER;
     for (; is_class(*place, WORD) || *place == '\n'; place++) {
         if (*place == '\n') continue;
         if (length == WORD_LIMIT) return TLT_TOKEN_IDENTIFIER;
         word[length++] = *place;
     }
     return TLT_FindKeyword(word, length);
+}
+
+int32_t TLT_FirstKeyword(const TLT_STATEMENT *statement)
+{
+    const char *place = skip_blanks(TLT_Chars(statement));
+    if (!is_class(*place, LETTER)) return TLT_TOKEN_IDENTIFIER;
+    const char *end = place;
+    while (is_class(*end, WORD))
+        end++;
+    if (*end == '\n') return find_broken_keyword(place);
+    return TLT_FindKeyword(place, static_cast<size_t>(end - place));
 }
 
 /** Copies the token's text out; a longer one than fits is an error each time. */
