@@ -176,6 +176,20 @@ const Emission emissions[] = { { "literal 0", EMIT{ TLC_Literal(s, 0);
     33, 0x7f, 0xff
 }
 }
+, { "literal -32768", EMIT{ TLC_Literal(s, INT16_MIN);
+}
+,
+{
+    33, 0x80, 0
+}
+}
+, { "literal -32769", EMIT{ TLC_Literal(s, INT16_MIN - 1);
+}
+,
+{
+    34, 0xff, 0xff, 0x7f, 0xff
+}
+}
 , { "literal 32768", EMIT{ TLC_Literal(s, 32768);
 }
 ,

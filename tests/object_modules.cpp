@@ -13,6 +13,8 @@
 #include <unistd.h>
 #include <vector>
 
+#include "program.h"
+
 namespace
 {
 
@@ -134,6 +136,7 @@ protected:
         ASSERT_NO_FATAL_FAILURE(read(name, source, mode));
         ASSERT_EQ(generate(name, flags), 0);
         ASSERT_NO_FATAL_FAILURE(load(name));
+        program::link_sound({ path(name + ".kob") });
     }
 
     std::string file(const std::string &name) const
@@ -406,6 +409,7 @@ TEST_F(ObjectModules, FaultsOfGeneration)
 {
     ASSERT_NO_FATAL_FAILURE(read("open", "MODULE open\n"
                                          "SYSCALL (1) VOID s()\n"
+                                         "TYPEDEF FUNCTION INT t(INT x)\n"
                                          "FUNCTION VOID f()\n"
                                          "PRIVATE\n"));
     EXPECT_EQ(generate("open"), 0);
