@@ -203,6 +203,7 @@ void TLC_DelStream(TLC_STREAM *stream)
         TLC_ArenaDrop(&stream->records);
         TLC_ArenaDrop(&stream->code_buffers);
     }
+    if (stream->text.scratch != nullptr) std::fclose(stream->text.scratch);
     SH_Free(stream);
 }
 
@@ -297,6 +298,8 @@ void TLC_Error(TLC_STREAM *stream, const char *message)
         TLT_FatalError(nullptr, message);
         return;
     }
+    // A trial tells nothing: its text is written again.
+    if (stream->text.declarations != nullptr) return;
     std::fprintf(stream->file, "/*ERROR - %s */\n", message);
     stream->text_errors++;
     last_text_errors = stream->text_errors;

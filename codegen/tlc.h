@@ -77,6 +77,18 @@ struct TLC_ARENA {
     uint8_t *end;
 };
 
+/* What the writers of C text note between one another. */
+struct TLC_TEXT {
+    const TLI_SCOPE *frame;    /* of the function being written; null for none */
+    int32_t temporaries;       /* made so far in the function being written */
+    int32_t indent;            /* of the statement being written */
+    bool is_ordered;           /* its values must not change places */
+    bool follows_label;        /* only a statement may stand next */
+    const TLE_TERM *statement; /* the expression whose value nobody takes */
+    FILE *scratch;             /* takes the text of a trial; null before the first */
+    FILE *declarations;        /* during a trial: where its declarations go; null otherwise */
+};
+
 struct TLC_STREAM {
     TLC_PSECT *current; /* where code goes now */
     int32_t target;
@@ -94,7 +106,8 @@ struct TLC_STREAM {
     HS_DOMAIN *syscalls;       /* full names of the syscalls called */
     int32_t pass;
     int32_t text_errors; /* faults written as comments */
-    TLC_ARENA records;   /* sections, fix-ups, names */
+    TLC_TEXT text;
+    TLC_ARENA records; /* sections, fix-ups, names */
     TLC_ARENA code_buffers;
 };
 

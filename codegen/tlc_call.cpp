@@ -2,6 +2,7 @@
  * Calls: of functions, of syscalls, of user P-codes and through values, on all targets.
  */
 #include "codegen/tlc.h"
+#include "codegen/tlcc.h"
 
 #include <cstdio>
 #include <ostrum/eep.h>
@@ -28,8 +29,8 @@ static const char *text_name(TLI_IDENTIFIER *function)
 
 static void start_c_call(TLC_STREAM *stream, TLI_IDENTIFIER *function, int32_t direct)
 {
-    char name[32];
-    TLC_CName(text_name(function), name);
+    char name[TLCC_NAME_CAPACITY];
+    TLCC_Name(function, name);
     std::fprintf(stream->file, direct ? "%s(" : "(*%s)(", name);
 }
 

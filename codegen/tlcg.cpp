@@ -117,10 +117,9 @@ void TLCG_ReleaseContext(TLCG_CONTEXT *context)
 {
     SH_Free(context->work.visits);
     SH_Free(context->records.records);
-    SH_Free(context->generated.slots);
+    TLCG_DropSet(&context->generated);
     context->work = {};
     context->records = {};
-    context->generated = {};
 }
 
 /** Slot of an address: where it is, or where it would go. The set has an empty slot. */
@@ -146,8 +145,13 @@ static void grow_set(TLCG_SET *set)
     SH_Free(old.slots);
 }
 
-/** True if the address was not in the set; it is from then on. */
-static bool add_to_set(TLCG_SET *set, const void *address)
+void TLCG_DropSet(TLCG_SET *set)
+{
+    SH_Free(set->slots);
+    *set = {};
+}
+
+bool TLCG_AddToSet(TLCG_SET *set, const void *address)
 {
     if (set->count * 2 >= set->capacity) grow_set(set);
     const size_t slot = find_slot(*set, address);
@@ -165,7 +169,7 @@ static bool has_block(TLI_IDENTIFIER *identifier)
 
 static void generate_block(TLCG_CONTEXT *context, TLS_BLOCK *block)
 {
-    if (!add_to_set(&context->generated, block)) return;
+    if (!TLCG_AddToSet(&context->generated, block)) return;
     TLS_BlockCode(context->stream, block);
     if ((context->flags & TLC_FLAG_BLOCKS) != 0) TLS_PrintBlock("BLOCK", block, 0);
     if (TLS_GetBlockSectionType(block) == SECTION_TREE) context->has_tree = true;

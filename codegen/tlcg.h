@@ -59,6 +59,12 @@ struct TLCG_CONTEXT {
     TLCG_SET generated; /* blocks that have been generated */
 };
 
+/** True if the address was not in the set; it is from then on. */
+bool TLCG_AddToSet(TLCG_SET *set, const void *address);
+
+/** Frees what a set holds. */
+void TLCG_DropSet(TLCG_SET *set);
+
 /** Takes up a name, to be seen to before those that were taken up earlier. */
 void TLCG_Push(TLCG_CONTEXT *context, TLI_IDENTIFIER *identifier);
 

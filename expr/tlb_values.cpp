@@ -179,7 +179,15 @@ static int32_t conversion_code(const TLB_BUILT_IN *record, TLC_STREAM *stream, T
 
 static int32_t conversion_text(const TLB_BUILT_IN *record, TLC_STREAM *stream, TLE_TERM *term)
 {
-    fputs(record == &TLB_ToFloat ? "(float) " : "(int) ", TLC_CFile(stream));
+    FILE *file = TLC_CFile(stream);
+    if (record == &TLB_Round && is_c(stream)) {
+        /* C leaves open what becomes of a value beyond the word. */
+        fputs("toll_round(", file);
+        const int32_t written = TLB_ArgumentCode(stream, term, 0);
+        fputs(")", file);
+        return written;
+    }
+    fputs(record == &TLB_ToFloat ? "(float) " : "(int) ", file);
     return TLB_TightArgument(stream, term, 0);
 }
 

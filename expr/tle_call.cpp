@@ -1,12 +1,14 @@
 /*
  * Calls: the opening, each argument in the form that its formal asks for, and the call itself.
  */
-#include "expr/tle_code.h"
+#include "expr/tle_c.h"
 
 #include <cstdio>
+#include <iterator>
 
 #include "names/tliv.h"
 #include <ostrum/eep.h>
+#include <ostrum/sh.h>
 #include <ostrum/tlc.h>
 #include <ostrum/tli.h>
 #include <ostrum/tlit.h>
@@ -68,7 +70,12 @@ static int32_t value_code(TLC_STREAM *stream, TLI_IDENTIFIER *formal, TLE_TERM *
     bool is_array = formal == nullptr && is_extra_array(link);
     TLI_IDENTIFIER *type = value_type(formal, actual);
     if (is_array || goes_by_address(stream, type, actual)) {
+        bool is_c_text = TLC_Target(stream) == TLC_TARGET_C && is_text(stream, type);
+        if (is_c_text) std::fputs("(STRING) ", TLC_CFile(stream));
         return TLE_TermCode(stream, actual, TLE_MODE_ADDRESS);
+    }
+    if (TLC_Target(stream) == TLC_TARGET_C) {
+        return TLE_CValueAs(stream, formal != nullptr ? type : nullptr, actual);
     }
     if (!TLE_TermCode(stream, actual, TLE_MODE_VALUE)) return 0;
     TLC_Argument(stream, TLIT_TypeSizeof(type, -1));
@@ -94,17 +101,89 @@ static void close_argument(TLC_STREAM *stream, const TLE_TERM *link, bool is_dis
     TLC_Code16(stream, TLIT_VariantType(link->type));
 }
 
-int32_t TLE_CallCode(TLC_STREAM *stream, TLE_TERM *term, int32_t direct)
+/* Links of a call with what stands for them in C: the number of a temporary, 0 for none. */
+struct HELD_ARGUMENTS {
+    int32_t *numbers;
+    int32_t short_numbers[16];
+};
+
+static int32_t count_links(const TLE_TERM *term)
+{
+    int32_t count = 0;
+    for (const TLE_TERM *link = term->left; link != nullptr; link = link->right)
+        ++count;
+    return count;
+}
+
+/* Opens the temporary of an argument, of the type that goes to the function. */
+static int32_t open_argument(TLC_STREAM *stream, TLI_IDENTIFIER *formal, const TLE_TERM *link)
+{
+    bool by_reference = formal != nullptr && TLIV_ArgumentPassType(formal) != TLIV_BY_VALUE;
+    if (by_reference) return TLE_OpenTemporary(stream, TLI_IdentifierType(formal), true);
+    if (formal != nullptr) return TLE_OpenTemporary(stream, TLI_IdentifierType(formal), false);
+    return TLE_OpenTemporary(stream, link->left->type, is_extra_array(link));
+}
+
+/* Writes all arguments but the last into temporaries, one after the other. */
+static int32_t hold_arguments(TLC_STREAM *stream, TLE_TERM *term, HELD_ARGUMENTS *held)
+{
+    constexpr int32_t short_count = std::size(HELD_ARGUMENTS{}.short_numbers);
+    int32_t count = count_links(term);
+    int32_t done = 1;
+    held->numbers = held->short_numbers;
+    if (count > short_count) {
+        int32_t size = count * static_cast<int32_t>(sizeof(int32_t));
+        held->numbers = static_cast<int32_t *>(SH_NameAllocate(size, "TLE:HELD"));
+    }
+    std::fputs("(", TLC_CFile(stream));
+    TLE_TERM *link = term->left;
+    for (int32_t i = 0; i < count - 1; ++i, link = link->right) {
+        TLI_IDENTIFIER *formal = TLIV_GetFunctionArgument(term->identifier, i);
+        held->numbers[i] = open_argument(stream, formal, link);
+        done &= argument_code(stream, formal, link);
+        std::fputs(",", TLC_CFile(stream));
+    }
+    held->numbers[count - 1] = 0;
+    return done;
+}
+
+/* A syscall that takes any arguments is told how many come. */
+static void write_count(TLC_STREAM *stream, TLE_TERM *term)
 {
     TLI_IDENTIFIER *function = term->identifier;
-    if (function == nullptr) return 0;
+    if (TLC_Target(stream) != TLC_TARGET_C || !TLIV_ExtraArgumentsAllowed(function)) return;
+    if (TLIV_GetFunctionArgument(function, 0) != nullptr) return;
+    std::fprintf(TLC_CFile(stream), "%d%s", count_links(term), term->left != nullptr ? "," : "");
+}
+
+static int32_t write_call(TLC_STREAM *stream, TLE_TERM *term, int32_t direct,
+                          const HELD_ARGUMENTS *held)
+{
+    TLI_IDENTIFIER *function = term->identifier;
     bool is_dispatch = TLI_FindPragma(function, "DISPID") != nullptr;
     int32_t done = 1;
     TLC_StartCall(stream, function, direct);
+    write_count(stream, term);
     int32_t index = 0;
     for (TLE_TERM *link = term->left; link != nullptr; link = link->right, ++index) {
-        done &= argument_code(stream, TLIV_GetFunctionArgument(function, index), link);
+        if (held != nullptr && held->numbers[index] != 0) {
+            std::fprintf(TLC_CFile(stream), "toll_%d", held->numbers[index]);
+        } else {
+            done &= argument_code(stream, TLIV_GetFunctionArgument(function, index), link);
+        }
         close_argument(stream, link, is_dispatch);
     }
     return TLC_Call(stream, function, direct) && done;
+}
+
+int32_t TLE_CallCode(TLC_STREAM *stream, TLE_TERM *term, int32_t direct)
+{
+    if (term->identifier == nullptr) return 0;
+    if (!TLE_IsUnorderedCall(stream, term)) return write_call(stream, term, direct, nullptr);
+    HELD_ARGUMENTS held;
+    int32_t done = hold_arguments(stream, term, &held);
+    done &= write_call(stream, term, direct, &held);
+    std::fputs(")", TLC_CFile(stream));
+    if (held.numbers != held.short_numbers) SH_Free(held.numbers);
+    return done;
 }

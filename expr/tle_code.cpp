@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <iterator>
 
+#include "codegen/tlc.h"
 #include <ostrum/eep.h>
 #include <ostrum/sh.h>
 #include <ostrum/tlb.h>
@@ -38,7 +39,7 @@ static void describe_place(TLC_STREAM *stream, const TLE_TERM *term, char *text,
 void TLE_CodeError(TLC_STREAM *stream, TLE_TERM *term, const char *message)
 {
     TLC_Error(stream, message);
-    if (term == nullptr) return;
+    if (term == nullptr || stream->text.declarations != nullptr) return;
     char place[600];
     char title[640];
     describe_place(stream, term, place, sizeof place);

@@ -2,11 +2,13 @@
  * Expressions as C and Java text: names, literals, and operators with the brackets that the
  * target's own priorities ask for.
  */
-#include "expr/tle_code.h"
+#include "expr/tle_c.h"
 
 #include <cstdint>
 #include <cstdio>
 
+#include "codegen/tlc.h"
+#include "codegen/tlcc.h"
 #include "expr/tlb.h"
 #include "names/tliv.h"
 #include <ostrum/st.h>
@@ -22,12 +24,6 @@ static bool is_c(TLC_STREAM *stream)
     return TLC_Target(stream) == TLC_TARGET_C;
 }
 
-/* Writes the text of a target. */
-static void write_text(TLC_STREAM *stream, const char *c, const char *java)
-{
-    std::fputs(is_c(stream) ? c : java, TLC_CFile(stream));
-}
-
 /* ---- Operands ---- */
 
 static TLI_IDENTIFIER *enumeration_value(const TLE_TERM *term)
@@ -41,17 +37,12 @@ bool TLE_IsNegativeLiteral(const TLE_TERM *term)
     return term->kind == TLT_TOKEN_NUMBER && term->value < 0 && enumeration_value(term) == nullptr;
 }
 
-/* A value of a static scope is known to all modules of a C program, by its full name. */
+/* C knows a value of a static scope by its full name. */
 static void enumeration_text(TLC_STREAM *stream, TLI_IDENTIFIER *value)
 {
-    if (!is_c(stream)) {
-        std::fputs(TLI_IdentifierName(value), TLC_CFile(stream));
-        return;
-    }
-    char name[TLE_C_NAME_CAPACITY];
-    bool is_static = TLI_ScopeType(TLI_IdentifierScope(value)) == TLI_STATIC_SCOPE;
-    const char *text = is_static ? TLI_FullName(value) : TLI_IdentifierName(value);
-    std::fputs(TLC_CName(text, name), TLC_CFile(stream));
+    char name[TLCC_NAME_CAPACITY];
+    std::fputs(is_c(stream) ? TLCC_Name(value, name) : TLI_IdentifierName(value),
+               TLC_CFile(stream));
 }
 
 static int32_t number_text(TLC_STREAM *stream, TLE_TERM *term)
@@ -68,12 +59,27 @@ static int32_t number_text(TLC_STREAM *stream, TLE_TERM *term)
     return 1;
 }
 
+/* The number of elements that a subscript is held against; 0 for a subscript that needs no check. */
+static int32_t checked_bound(TLC_STREAM *stream, const TLE_TERM *term)
+{
+    int32_t bound = TLI_IdentifierDimension(term->identifier, nullptr);
+    int32_t subscript = 0;
+    if (bound <= 0) return 0;
+    if (TLE_Constant(term->left, &subscript)) {
+        return subscript >= 0 && subscript < bound ? 0 : bound;
+    }
+    return TLC_StreamFlags(stream) & TLC_FLAG_CHECKS ? bound : 0;
+}
+
 static int32_t subscript_text(TLC_STREAM *stream, TLE_TERM *term)
 {
     if (term->left == nullptr) return 1;
-    std::fputs("[", TLC_CFile(stream));
+    FILE *file = TLC_CFile(stream);
+    int32_t bound = is_c(stream) ? checked_bound(stream, term) : 0;
+    std::fputs(bound > 0 ? "[toll_index(" : "[", file);
     int32_t done = TLE_TermCode(stream, term->left, TLE_MODE_VALUE);
-    std::fputs("]", TLC_CFile(stream));
+    if (bound > 0) std::fprintf(file, ",%d)", bound);
+    std::fputs("]", file);
     return done;
 }
 
@@ -98,11 +104,25 @@ static const char *c_reach(const TLE_TERM *term, int32_t mode)
     return is_address ? "%s" : "&%s";
 }
 
+/* C has no functions inside others, and so no way to the variables of one that is around. */
+static bool is_out_of_reach(const TLC_STREAM *stream, TLI_IDENTIFIER *identifier)
+{
+    int32_t kind = TLI_IdentifierClass(identifier);
+    if (kind != TLI_VARIABLE && kind != TLI_ARGUMENT) return false;
+    TLI_SCOPE *scope = TLI_IdentifierScope(identifier);
+    bool has_frame = scope != nullptr && TLI_ScopeType(scope) == TLI_FRAME_SCOPE;
+    return has_frame && stream->text.frame != nullptr && scope != stream->text.frame;
+}
+
 static int32_t identifier_text(TLC_STREAM *stream, TLE_TERM *term, int32_t mode)
 {
     if (term->identifier == nullptr || mode > TLE_MODE_EXTENT) return 0;
     if (is_c(stream)) {
-        std::fprintf(TLC_CFile(stream), c_reach(term, mode), TLI_IdentifierName(term->identifier));
+        char name[TLCC_NAME_CAPACITY];
+        if (is_out_of_reach(stream, term->identifier)) {
+            TLC_Error(stream, "Variable of an outer function not possible in 'C'");
+        }
+        std::fprintf(TLC_CFile(stream), c_reach(term, mode), TLCC_Name(term->identifier, name));
     } else {
         char *name = TLCJ_IdentifierName(term->identifier);
         std::fputs(name, TLC_CFile(stream));
@@ -116,12 +136,37 @@ void TLE_DataLiteralText(TLC_STREAM *stream, TLE_TERM *term)
     FILE *file = TLC_CFile(stream);
     const char *text = TLE_TermValue(term);
     if (is_c(stream)) {
-        char name[TLE_C_NAME_CAPACITY];
-        std::fprintf(file, "%s_%s", TLI_IdentifierName(term->type), TLC_CName(text, name));
+        TLE_CDataLiteral(stream, term);
         return;
     }
     TLI_DOMAIN *data_types = TLP_DataTypeDomain(TLC_Module(stream));
     std::fprintf(file, "(%s) %s", TLCJ_TypeName(data_types, term->type), text);
+}
+
+static int32_t address_text(TLC_STREAM *stream, TLE_TERM *term)
+{
+    if (!is_c(stream) || term->identifier == nullptr) {
+        TLE_DataTerm(stream, term);
+        return 1;
+    }
+    char name[TLCC_NAME_CAPACITY];
+    std::fputs(TLCC_Name(term->identifier, name), TLC_CFile(stream));
+    return 1;
+}
+
+/* The first argument of two, before anything that the second does. */
+static int32_t built_in_text(TLC_STREAM *stream, TLE_TERM *term)
+{
+    if (!TLE_IsUnorderedCall(stream, term)) return TLB_GenerateCode(stream, term);
+    FILE *file = TLC_CFile(stream);
+    std::fputs("(", file);
+    TLE_TERM *first = term->left;
+    int32_t number = TLE_OpenTemporary(stream, first->left->type, false);
+    int32_t done = TLE_TermCode(stream, first->left, TLE_MODE_VALUE);
+    std::fprintf(file, ",%s(toll_%d,", TLI_IdentifierName(term->identifier), number);
+    done &= TLE_TermCode(stream, first->right->left, TLE_MODE_VALUE);
+    std::fputs("))", file);
+    return done;
 }
 
 static int32_t value_text(TLC_STREAM *stream, TLE_TERM *term)
@@ -132,10 +177,11 @@ static int32_t value_text(TLC_STREAM *stream, TLE_TERM *term)
     case TLE_CALL:
         return TLE_CallCode(stream, term, 1);
     case TLE_BUILT_IN:
-        return TLB_GenerateCode(stream, term);
+        return built_in_text(stream, term);
     case TLT_TOKEN_NUMBER:
         return number_text(stream, term);
     case TLE_ADDRESS:
+        return address_text(stream, term);
     case TLT_TOKEN_NULL:
     case TLT_TOKEN_STRING:
     case TLT_TOKEN_DATA_LITERAL:
@@ -154,55 +200,37 @@ int32_t TLE_OperandText(TLC_STREAM *stream, TLE_TERM *term, int32_t mode)
 
 /* ---- Operators ---- */
 
-/* Groups of operators that bind alike in C and in Java, the loosest first. */
-enum {
-    LEVEL_ASSIGNMENT,
-    LEVEL_OR,
-    LEVEL_AND,
-    LEVEL_BIT_OR,
-    LEVEL_BIT_XOR,
-    LEVEL_BIT_AND,
-    LEVEL_EQUALITY,
-    LEVEL_RELATION,
-    LEVEL_SHIFT,
-    LEVEL_SUM,
-    LEVEL_PRODUCT,
-    LEVEL_SIGN,
-    LEVEL_SELECTION,
-    LEVEL_OPERAND
-};
-
 struct TEXT_ROW {
     int32_t token;
     const char *c;
     const char *java;
-    int32_t level; /* with two operands; a single operand makes it LEVEL_SIGN */
+    int32_t level; /* with two operands; a single operand makes it TLE_LEVEL_SIGN */
 };
 
 static constexpr TEXT_ROW text_rows[] = {
-    { .token = TLT_TOKEN_ASSIGN, .c = "=", .java = "=", .level = LEVEL_ASSIGNMENT },
-    { .token = TLT_TOKEN_PLUS, .c = "+", .java = "+", .level = LEVEL_SUM },
-    { .token = TLT_TOKEN_MINUS, .c = "-", .java = "-", .level = LEVEL_SUM },
-    { .token = TLT_TOKEN_STAR, .c = "*", .java = "*", .level = LEVEL_PRODUCT },
-    { .token = TLT_TOKEN_SLASH, .c = "/", .java = "/", .level = LEVEL_PRODUCT },
-    { .token = TLT_TOKEN_MOD, .c = "%", .java = "%", .level = LEVEL_PRODUCT },
-    { .token = TLT_TOKEN_TILDE, .c = "~", .java = "~", .level = LEVEL_SIGN },
-    { .token = TLT_TOKEN_AMPERSAND, .c = "&", .java = "&", .level = LEVEL_BIT_AND },
-    { .token = TLT_TOKEN_BAR, .c = "|", .java = "|", .level = LEVEL_BIT_OR },
-    { .token = TLT_TOKEN_CARET, .c = "^", .java = "^", .level = LEVEL_BIT_XOR },
-    { .token = TLT_TOKEN_EQUAL, .c = "==", .java = "==", .level = LEVEL_EQUALITY },
-    { .token = TLT_TOKEN_NOT_EQUAL, .c = "!=", .java = "!=", .level = LEVEL_EQUALITY },
-    { .token = TLT_TOKEN_LESS, .c = "<", .java = "<", .level = LEVEL_RELATION },
-    { .token = TLT_TOKEN_LESS_EQUAL, .c = "<=", .java = "<=", .level = LEVEL_RELATION },
-    { .token = TLT_TOKEN_GREATER, .c = ">", .java = ">", .level = LEVEL_RELATION },
-    { .token = TLT_TOKEN_GREATER_EQUAL, .c = ">=", .java = ">=", .level = LEVEL_RELATION },
-    { .token = TLT_TOKEN_SHIFT_LEFT, .c = "<<", .java = "<<", .level = LEVEL_SHIFT },
-    { .token = TLT_TOKEN_SHIFT_RIGHT, .c = ">>", .java = ">>", .level = LEVEL_SHIFT },
-    { .token = TLT_TOKEN_AND, .c = " && ", .java = " && ", .level = LEVEL_AND },
-    { .token = TLT_TOKEN_OR, .c = " || ", .java = " || ", .level = LEVEL_OR },
-    { .token = TLT_TOKEN_NOT, .c = "!", .java = "!", .level = LEVEL_SIGN },
-    { .token = TLT_TOKEN_COLON, .c = ".", .java = ".", .level = LEVEL_SELECTION },
-    { .token = TLT_TOKEN_ARROW, .c = "->", .java = ".", .level = LEVEL_SELECTION },
+    { .token = TLT_TOKEN_ASSIGN, .c = "=", .java = "=", .level = TLE_LEVEL_ASSIGNMENT },
+    { .token = TLT_TOKEN_PLUS, .c = "+", .java = "+", .level = TLE_LEVEL_SUM },
+    { .token = TLT_TOKEN_MINUS, .c = "-", .java = "-", .level = TLE_LEVEL_SUM },
+    { .token = TLT_TOKEN_STAR, .c = "*", .java = "*", .level = TLE_LEVEL_PRODUCT },
+    { .token = TLT_TOKEN_SLASH, .c = "/", .java = "/", .level = TLE_LEVEL_PRODUCT },
+    { .token = TLT_TOKEN_MOD, .c = "%", .java = "%", .level = TLE_LEVEL_PRODUCT },
+    { .token = TLT_TOKEN_TILDE, .c = "~", .java = "~", .level = TLE_LEVEL_SIGN },
+    { .token = TLT_TOKEN_AMPERSAND, .c = "&", .java = "&", .level = TLE_LEVEL_BIT_AND },
+    { .token = TLT_TOKEN_BAR, .c = "|", .java = "|", .level = TLE_LEVEL_BIT_OR },
+    { .token = TLT_TOKEN_CARET, .c = "^", .java = "^", .level = TLE_LEVEL_BIT_XOR },
+    { .token = TLT_TOKEN_EQUAL, .c = "==", .java = "==", .level = TLE_LEVEL_EQUALITY },
+    { .token = TLT_TOKEN_NOT_EQUAL, .c = "!=", .java = "!=", .level = TLE_LEVEL_EQUALITY },
+    { .token = TLT_TOKEN_LESS, .c = "<", .java = "<", .level = TLE_LEVEL_RELATION },
+    { .token = TLT_TOKEN_LESS_EQUAL, .c = "<=", .java = "<=", .level = TLE_LEVEL_RELATION },
+    { .token = TLT_TOKEN_GREATER, .c = ">", .java = ">", .level = TLE_LEVEL_RELATION },
+    { .token = TLT_TOKEN_GREATER_EQUAL, .c = ">=", .java = ">=", .level = TLE_LEVEL_RELATION },
+    { .token = TLT_TOKEN_SHIFT_LEFT, .c = "<<", .java = "<<", .level = TLE_LEVEL_SHIFT },
+    { .token = TLT_TOKEN_SHIFT_RIGHT, .c = ">>", .java = ">>", .level = TLE_LEVEL_SHIFT },
+    { .token = TLT_TOKEN_AND, .c = " && ", .java = " && ", .level = TLE_LEVEL_AND },
+    { .token = TLT_TOKEN_OR, .c = " || ", .java = " || ", .level = TLE_LEVEL_OR },
+    { .token = TLT_TOKEN_NOT, .c = "!", .java = "!", .level = TLE_LEVEL_SIGN },
+    { .token = TLT_TOKEN_COLON, .c = ".", .java = ".", .level = TLE_LEVEL_SELECTION },
+    { .token = TLT_TOKEN_ARROW, .c = "->", .java = ".", .level = TLE_LEVEL_SELECTION },
 };
 
 struct TEXT_TABLE {
@@ -229,51 +257,60 @@ static const TEXT_ROW *find_row(const TLE_TERM *term)
     return &text_rows[text_table.row[term->kind] - 1];
 }
 
-static int32_t level_of(const TLE_TERM *term)
+int32_t TLE_TextLevel(const TLE_TERM *term)
 {
     const TEXT_ROW *row = find_row(term);
-    if (row == nullptr && TLB_IsDifference(term)) return LEVEL_SUM;
-    if (row == nullptr) return TLE_IsNegativeLiteral(term) ? LEVEL_SIGN : LEVEL_OPERAND;
-    return term->left == nullptr ? static_cast<int32_t>(LEVEL_SIGN) : row->level;
+    if (row == nullptr && TLB_IsDifference(term)) return TLE_LEVEL_SUM;
+    if (row == nullptr) return TLE_IsNegativeLiteral(term) ? TLE_LEVEL_SIGN : TLE_LEVEL_OPERAND;
+    return term->left == nullptr ? static_cast<int32_t>(TLE_LEVEL_SIGN) : row->level;
 }
 
 /* Operands whose grouping a C compiler wants to see, though its priorities would give it. */
 static bool is_doubtful(int32_t outer, int32_t inner)
 {
-    if (inner >= LEVEL_SIGN) return false;
+    if (inner >= TLE_LEVEL_SIGN) return false;
     switch (outer) {
-    case LEVEL_OR:
-        return inner == LEVEL_AND;
-    case LEVEL_EQUALITY:
-    case LEVEL_RELATION:
-        return inner <= LEVEL_RELATION;
-    case LEVEL_BIT_OR:
-    case LEVEL_BIT_XOR:
-    case LEVEL_BIT_AND:
-    case LEVEL_SHIFT:
+    case TLE_LEVEL_OR:
+        return inner == TLE_LEVEL_AND;
+    case TLE_LEVEL_EQUALITY:
+    case TLE_LEVEL_RELATION:
+        return inner <= TLE_LEVEL_RELATION;
+    case TLE_LEVEL_BIT_OR:
+    case TLE_LEVEL_BIT_XOR:
+    case TLE_LEVEL_BIT_AND:
+    case TLE_LEVEL_SHIFT:
         return inner != outer;
     default:
         return false;
     }
 }
 
-static bool needs_brackets(const TLE_TERM *outer, const TLE_TERM *inner, bool is_right)
+bool TLE_NeedsBrackets(int32_t outer_level, int32_t inner_level, bool is_right)
 {
-    int32_t outer_level = level_of(outer);
-    int32_t inner_level = level_of(inner);
-    if (inner_level == LEVEL_OPERAND) return false;
+    if (inner_level == TLE_LEVEL_OPERAND) return false;
     /* Two signs in a row would be read as one operator. */
-    if (inner_level == LEVEL_SIGN) {
-        bool meets_sign = outer_level == LEVEL_SUM || outer_level == LEVEL_SIGN;
-        return (is_right && meets_sign) || outer_level > LEVEL_SIGN;
+    if (inner_level == TLE_LEVEL_SIGN) {
+        bool meets_sign = outer_level == TLE_LEVEL_SUM || outer_level == TLE_LEVEL_SIGN;
+        return (is_right && meets_sign) || outer_level > TLE_LEVEL_SIGN;
     }
     if (inner_level != outer_level) {
         return inner_level < outer_level || is_doubtful(outer_level, inner_level);
     }
     /* A record of a record reads the same from either side. */
-    if (outer_level == LEVEL_SELECTION) return false;
-    bool groups_right = outer_level == LEVEL_ASSIGNMENT;
+    if (outer_level == TLE_LEVEL_SELECTION) return false;
+    bool groups_right = outer_level == TLE_LEVEL_ASSIGNMENT;
     return is_right != groups_right || is_doubtful(outer_level, inner_level);
+}
+
+static bool needs_brackets(const TLE_TERM *outer, const TLE_TERM *inner, bool is_right)
+{
+    return TLE_NeedsBrackets(TLE_TextLevel(outer), TLE_TextLevel(inner), is_right);
+}
+
+const char *TLE_COperator(const TLE_TERM *term)
+{
+    const TEXT_ROW *row = find_row(term);
+    return row == nullptr ? "" : row->c;
 }
 
 static int32_t write_operand(TLC_STREAM *stream, const TLE_TERM *outer, TLE_TERM *inner)
@@ -289,7 +326,7 @@ static int32_t write_right(TLC_STREAM *stream, const TLE_TERM *term)
 {
     const TEXT_ROW *row = find_row(term);
     if (row == nullptr) return 0;
-    write_text(stream, row->c, row->java);
+    std::fputs(row->java, TLC_CFile(stream));
     return write_operand(stream, term, term->right);
 }
 
@@ -314,7 +351,7 @@ static int32_t write_chain(TLC_STREAM *stream, const TLE_CHAIN &chain)
 /* The field that a selection ends with. */
 static const TLE_TERM *last_field(const TLE_TERM *term)
 {
-    while (level_of(term) == LEVEL_SELECTION && term->right != nullptr)
+    while (TLE_TextLevel(term) == TLE_LEVEL_SELECTION && term->right != nullptr)
         term = term->right;
     return term;
 }
@@ -322,13 +359,16 @@ static const TLE_TERM *last_field(const TLE_TERM *term)
 /* In C the address of a field has its sign, but the extent of an array is the array itself. */
 static bool has_address_sign(const TLE_TERM *term, int32_t mode)
 {
-    if (mode == TLE_MODE_VALUE || level_of(term) != LEVEL_SELECTION) return false;
+    if (mode == TLE_MODE_VALUE || TLE_TextLevel(term) != TLE_LEVEL_SELECTION) return false;
     return mode != TLE_MODE_EXTENT || !names_array(last_field(term));
 }
 
 int32_t TLE_OperatorText(TLC_STREAM *stream, TLE_TERM *term, int32_t mode)
 {
-    if (has_address_sign(term, mode)) write_text(stream, "&", "");
+    if (is_c(stream)) {
+        if (has_address_sign(term, mode)) std::fputs("&", TLC_CFile(stream));
+        return TLE_COperatorText(stream, term, mode);
+    }
     TLE_CHAIN chain;
     TLE_OpenChain(&chain, term);
     int32_t written = write_chain(stream, chain);

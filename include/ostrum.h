@@ -53,6 +53,7 @@
 /* Code generation */
 #include <ostrum/eep.h>
 #include <ostrum/tlc.h>
+#include <ostrum/tlcc.h>
 #include <ostrum/tlcg.h>
 #include <ostrum/tlcj.h>
 

@@ -3,6 +3,7 @@
  * the parsers of FUNCTION and TREE blocks.
  */
 #include "stmt/tls.h"
+#include "stmt/tls_text.h"
 #include "stmt/tlsc.h"
 #include "stmt/tlsl.h"
 #include "stmt/tlss.h"
@@ -43,11 +44,6 @@ static void open_section(TLC_STREAM *stream, const TLS_STATEMENT *record)
 {
     TLC_NewPSect(stream);
     TLC_Statement(stream, record->statement);
-}
-
-static void write_indent(TLC_STREAM *stream, const TLS_BLOCK *block)
-{
-    std::fprintf(TLC_CFile(stream), "%*s", block->indent, "");
 }
 
 /* ---- Head ---- */
@@ -132,7 +128,7 @@ const TLS_STATEMENT_CLASS TLS_FunctionClass = {
     .print = print_function,
     .check = check_function,
     .p_code = generate_function,
-    .c_code = nullptr,
+    .c_code = TLS_FunctionCText,
     .java_code = nullptr,
     .delete_statement = delete_function,
     .tree = TLSS_HeadTree,
@@ -176,7 +172,7 @@ const TLS_STATEMENT_CLASS TLS_EndClass = {
     .print = print_end,
     .check = nullptr,
     .p_code = generate_end,
-    .c_code = nullptr,
+    .c_code = TLS_EndCText,
     .java_code = nullptr,
     .delete_statement = delete_record,
     .tree = nullptr,
@@ -218,15 +214,6 @@ static void generate_expression(TLS_BLOCK *, TLC_STREAM *stream, TLS_STATEMENT *
     TLC_PCode(stream, EEP_POP);
 }
 
-static void write_expression(TLS_BLOCK *block, TLC_STREAM *stream, TLS_STATEMENT *record)
-{
-    TLE_TERM *expression = expression_record(record)->expression;
-    if (!TLS_Generable(record, expression)) return;
-    write_indent(stream, block);
-    TLE_ExpressionCode(stream, expression, 0);
-    std::fputs(";\n", TLC_CFile(stream));
-}
-
 static void delete_expression(TLS_STATEMENT *record)
 {
     TLE_DelExpression(expression_record(record)->expression);
@@ -238,8 +225,8 @@ const TLS_STATEMENT_CLASS TLS_ExpressionClass = {
     .print = print_expression,
     .check = nullptr,
     .p_code = generate_expression,
-    .c_code = write_expression,
-    .java_code = write_expression,
+    .c_code = TLS_ExpressionText,
+    .java_code = TLS_ExpressionText,
     .delete_statement = delete_expression,
     .tree = nullptr,
     .node_section = nullptr,
@@ -305,17 +292,6 @@ static void generate_return(TLS_BLOCK *, TLC_STREAM *stream, TLS_STATEMENT *reco
     TLC_PCode(stream, EEP_RET);
 }
 
-static void write_return(TLS_BLOCK *block, TLC_STREAM *stream, TLS_STATEMENT *record)
-{
-    if (!return_is_generable(record)) return;
-    write_indent(stream, block);
-    std::fputs("return ", TLC_CFile(stream));
-    if (return_record(record)->has_value) {
-        TLE_ExpressionCode(stream, return_record(record)->expression, 0);
-    }
-    std::fputs(";\n", TLC_CFile(stream));
-}
-
 static void delete_return(TLS_STATEMENT *record)
 {
     TLE_DelExpression(return_record(record)->expression);
@@ -327,8 +303,8 @@ const TLS_STATEMENT_CLASS TLS_ReturnClass = {
     .print = print_return,
     .check = check_return,
     .p_code = generate_return,
-    .c_code = write_return,
-    .java_code = write_return,
+    .c_code = TLS_ReturnText,
+    .java_code = TLS_ReturnText,
     .delete_statement = delete_return,
     .tree = nullptr,
     .node_section = nullptr,

@@ -34,6 +34,10 @@ extern const TLS_STATEMENT_CLASS TLSC_IfClass;
 extern const TLS_STATEMENT_CLASS TLSC_RaiseClass;
 extern const TLS_STATEMENT_CLASS TLSC_EndExceptionClass;
 
+/* Entries of the classes. */
+void TLSC_IfCText(TLS_BLOCK *block, TLC_STREAM *stream, TLS_STATEMENT *record);
+void TLSC_RaiseCText(TLS_BLOCK *block, TLC_STREAM *stream, TLS_STATEMENT *record);
+
 /** @param record a statement record or null @return it as IF, ELSEIF or WHEN; null if it is none */
 TLSC_IF *TLSC_AsIf(TLS_STATEMENT *record);
 

@@ -90,6 +90,9 @@ inline bool TLSS_IsNode(const TLSS_SWITCH *record)
     return record->token == TLT_TOKEN_NODE || record->token == TLT_TOKEN_SUBTREE;
 }
 
+/** Whether code can be written for the record: see TLS_Generable. */
+bool TLSS_IsGenerable(const TLSS_SWITCH *record);
+
 /**
  * Adds a value to those met.
  * @param set the set
@@ -103,6 +106,8 @@ void TLSS_CheckSwitch(TLS_BLOCK *block, TLS_STATEMENT *record);
 void TLSS_CheckGoto(TLS_BLOCK *block, TLS_STATEMENT *record);
 void TLSS_SwitchCode(TLS_BLOCK *block, TLC_STREAM *stream, TLS_STATEMENT *record);
 void TLSS_GotoCode(TLS_BLOCK *block, TLC_STREAM *stream, TLS_STATEMENT *record);
+void TLSS_SwitchCText(TLS_BLOCK *block, TLC_STREAM *stream, TLS_STATEMENT *record);
+void TLSS_GotoCText(TLS_BLOCK *block, TLC_STREAM *stream, TLS_STATEMENT *record);
 void TLSS_PrintSwitch(TLS_STATEMENT *record, int32_t indent);
 void TLSS_PrintGoto(TLS_STATEMENT *record, int32_t indent);
 void *TLSS_SwitchTree(TLS_BLOCK *block, int32_t pass, void *context, TLS_STATEMENT *record);

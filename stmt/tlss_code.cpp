@@ -25,7 +25,7 @@ static int32_t table_size(const TLSS_SWITCH *record)
     return size < 0 || size >= TLSS_TABLE_LIMIT ? 0 : static_cast<int32_t>(size);
 }
 
-static bool is_generable(const TLSS_SWITCH *record)
+bool TLSS_IsGenerable(const TLSS_SWITCH *record)
 {
     bool is_bare_leaf = record->token == TLT_TOKEN_LEAF && !record->has_expression;
     return is_bare_leaf || TLS_Generable(&record->common, record->expression);
@@ -120,7 +120,7 @@ static void generate_dispatch(TLC_STREAM *stream, const TLSS_SWITCH *record, int
 void TLSS_SwitchCode(TLS_BLOCK *, TLC_STREAM *stream, TLS_STATEMENT *common)
 {
     TLSS_SWITCH *record = TLSS_AsSwitch(common);
-    if (!is_generable(record)) return;
+    if (!TLSS_IsGenerable(record)) return;
     int32_t size = table_size(record);
     generate_selector(stream, record);
     record->dispatch_section = TLC_NewPSect(stream);

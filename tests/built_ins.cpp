@@ -550,15 +550,15 @@ TEST(BuiltIns, CText)
     expect_text(
         TLC_TARGET_C,
         {
-            { "X = abs(Y - 1)", "  X=abs(Y-1);\n" },
-            { "U = cast(X + Y, VOLTAGE)", "  U=((VOLTAGE) (X+Y));\n" },
+            { "X = abs(Y - 1)", "  X=abs(toll_int(0u+Y-1));\n" },
+            { "U = cast(X + Y, VOLTAGE)", "  U=((VOLTAGE) (toll_int(0u+X+Y)));\n" },
             { "X = cast(Y, CHAR)", "  X=((INT) (Y));\n" },
-            { "X = min(X, Y + 1) * 2", "  X=min(X,Y+1)*2;\n" },
+            { "X = min(X, Y + 1) * 2", "  X=toll_int(1u*min(X,toll_int(0u+Y+1))*2);\n" },
             { "X = max(X, Y)", "  X=max(X,Y);\n" },
             { "FL = to_float(X)", "  FL=(float) X;\n" },
-            { "FL = to_float(X + Y)", "  FL=(float) (X+Y);\n" },
+            { "FL = to_float(X + Y)", "  FL=(float) (toll_int(0u+X+Y));\n" },
             { "FL = to_float(Q->LEFT)", "  FL=(float) Q->LEFT;\n" },
-            { "X = round(FL) + 1", "  X=(int) FL+1;\n" },
+            { "X = round(FL) + 1", "  X=toll_int(0u+toll_round(FL)+1);\n" },
             { "X = upb(A)", "  X=/*ERROR - Runtime 'upb' not possible in 'C' */\n/*ERROR - No code "
                             "generated for term */\n/*ERROR - No code generated for term */\n;\n" },
             { "ANY = cvt(U, V)",

@@ -176,7 +176,7 @@ TEST(ExpressionCode, LongChainsNeedNoStack)
     CompiledSource source(function(sum));
     EXPECT_EQ(source.body("F"), expected + " 0 SLWP") << source.messages;
     std::string text = source.text("F", TLC_TARGET_C);
-    EXPECT_EQ(text.size(), 2u + 2u + 1u + 200000u * 2u + 2u) << text.substr(0, 80);
+    EXPECT_EQ(text.size(), 2u + 2u + 12u + 1u + 200000u * 2u + 1u + 2u) << text.substr(0, 80);
 }
 
 TEST(ExpressionCode, ChainsKeepTheShortCircuit)
@@ -212,18 +212,18 @@ TEST(ExpressionCode, FaultsAreReportedAndGenerationGoesOn)
 TEST(ExpressionText, C)
 {
     static const Row rows[] = {
-        { "X = I * (A[1] + 2)", "X=I*(A[1]+2);" },
-        { "X = I - (A[1] - 2)", "X=I-(A[1]-2);" },
-        { "X = (I - A[1]) - 2", "X=I-A[1]-2;" },
+        { "X = I * (A[1] + 2)", "X=toll_int(1u*I*(0u+A[1]+2));" },
+        { "X = I - (A[1] - 2)", "X=toll_int(0u+I-(0u+A[1]-2));" },
+        { "X = (I - A[1]) - 2", "X=toll_int(0u+I-A[1]-2);" },
         { "X = I MOD 3", "X=I%3;" },
-        { "X = I - (-5)", "X=I-(-5);" },
-        { "X = -(-I)", "X=-(-I);" },
-        { "X = I & (A[1] + 2)", "X=I&(A[1]+2);" },
-        { "X = (I & 1) << 2", "X=(I&1)<<2;" },
+        { "X = I - (-5)", "X=toll_int(0u+I-(-5));" },
+        { "X = -(-I)", "X=toll_int(0u-(0u-I));" },
+        { "X = I & (A[1] + 2)", "X=I&toll_int(0u+A[1]+2);" },
+        { "X = (I & 1) << 2", "X=toll_shift_left(I&1,2);" },
         { "Q = X == 1 AND (I < 2 OR Q)", "Q=X==1 && (I<2 || Q);" },
         { "Q = Q AND Q OR Q", "Q=(Q && Q) || Q;" },
         { "Q = NOT (Q AND Q)", "Q=!(Q && Q);" },
-        { "X = R:RIGHT + P->LEFT", "X=R.RIGHT+P->LEFT;" },
+        { "X = R:RIGHT + P->LEFT", "X=toll_int(0u+R.RIGHT+P->LEFT);" },
         { "X = A[I] = 3", "X=A[I]=3;" },
         { "K = GREEN", "K=M_GREEN;" },
         { "X = 0x80000000", "X=(-2147483647-1);" },

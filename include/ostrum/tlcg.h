@@ -27,6 +27,21 @@ OSTRUM_API int32_t TLCG_GenerateKOBCode(TLP_MODULE *module, uint32_t flags, cons
                                         int32_t tool, const char *tool_version);
 
 /**
+ * Generates C source: a header with what other modules see, and a C file with the code, in the current
+ * directory under the base name of the file name. What C cannot express is left in the text as a
+ * comment and counted; TLC_TextErrors tells how often.
+ * @param module parsed module
+ * @param flags compile flags
+ * @param file_name its directory and extension are dropped
+ * @param tool number of the tool that makes it
+ * @param tool_version version text of the tool
+ * @return 0; 1 if a file cannot be opened or written: a header that was finished by then stays; text
+ *         through TLCG_Message
+ */
+OSTRUM_API int32_t TLCG_GenerateCCode(TLP_MODULE *module, uint32_t flags, const char *file_name,
+                                      int32_t tool, const char *tool_version);
+
+/**
  * @param result of a generator
  * @return its text, static
  */
