@@ -1,11 +1,13 @@
-// Fuzz target: source text of any content, compiled to a module file.
+// Fuzz target: source text of any content, compiled to a module file that must be sound and is run.
 // The first byte of the input chooses flags; the rest is the source.
 
+#include <cstdlib>
 #include <vector>
 
 #include <ostrum.h>
 
 #include "scratch_file.h"
+#include "tests/evaluator.h"
 
 namespace
 {
@@ -33,6 +35,33 @@ bool parse(TLP_MODULE *module)
     return is_sound;
 }
 
+/** A module that the compiler wrote and the verifier does not believe is a fault of one of them. */
+void demand_soundness(const evaluator::Program &program)
+{
+    for (const evaluator::Finding &finding : program.findings)
+        fprintf(stderr, "%s+%u: %s\n", finding.function.c_str(), finding.offset,
+                finding.reason.c_str());
+    if (!program.findings.empty()) abort();
+}
+
+/** Runs each function by itself for a while, with zeros as arguments. */
+void run(const evaluator::Program &program)
+{
+    static constexpr uint64_t instruction_limit = 2000;
+    for (const auto &[address, function] : program.functions) {
+        evaluator::Program copy = program;
+        evaluator::run(&copy, function.name, {}, {}, instruction_limit);
+    }
+}
+
+void verify_and_run(const char *module_file)
+{
+    evaluator::Program program = evaluator::link({ module_file });
+    evaluator::verify(&program);
+    demand_soundness(program);
+    run(program);
+}
+
 void compile(uint8_t choice, int32_t read_mode, FILE *out)
 {
     TLP_MODULE *module = nullptr;
@@ -40,11 +69,13 @@ void compile(uint8_t choice, int32_t read_mode, FILE *out)
     TLT_ResetCounters();
     const int32_t status =
         TLP_ReadModule2(nullptr, "input.tl", &module, out, flags, read_mode, nullptr, "WORKSHOP");
+    bool is_written = false;
     if (status < 3 && read_mode == 2 && parse(module) && status < 2) {
-        TLCG_GenerateKOBCode(module, compile_flags[choice % std::size(compile_flags)], "input.kob",
-                             0, "fuzz");
+        const uint32_t choices = compile_flags[choice % std::size(compile_flags)];
+        is_written = TLCG_GenerateKOBCode(module, choices, "input.kob", 0, "fuzz") == 0;
     }
     TLP_DelModule(module);
+    if (is_written) verify_and_run("input.kob");
 }
 
 } // namespace
