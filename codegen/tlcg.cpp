@@ -6,6 +6,7 @@
 
 #include "codegen/tlc.h"
 #include "core/sh.h"
+#include "names/tli.h"
 #include <iterator>
 #include <ostrum/kob.h>
 #include <ostrum/tle.h>
@@ -103,10 +104,13 @@ static void reverse_visits(TLCG_WORK *work, size_t first)
     }
 }
 
+static constexpr uint32_t pushed_classes =
+    1U << TLI_CONSTANT | 1U << TLI_NON_VOLATILE | 1U << TLI_FUNCTION;
+
 void TLCG_PushScope(TLCG_CONTEXT *context, TLI_SCOPE *scope,
                     bool (*filter)(TLI_IDENTIFIER *identifier))
 {
-    if (scope == nullptr) return;
+    if (scope == nullptr || (scope->classes & pushed_classes) == 0) return;
     FILTERED_PUSH push = { .context = context, .filter = filter };
     const size_t first = context->work.count;
     TLI_AllIdentifiers(scope, push_filtered, &push);

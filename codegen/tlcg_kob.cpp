@@ -65,20 +65,15 @@ static void plant_scope(TLCG_CONTEXT *context, TLI_SCOPE *scope, bool is_public)
         plant(context, visit);
 }
 
-static bool is_any(TLI_IDENTIFIER *)
-{
-    return true;
-}
-
-/** The sections go with the stream, so that no name may keep one. */
+/** The sections go with the stream, so that no name may keep one; only plantable names have one. */
 static void forget_sections(TLCG_CONTEXT *context)
 {
     TLCG_VISIT visit;
-    TLCG_PushScope(context, TLP_ModuleGlobals(context->module), is_any);
-    TLCG_PushScope(context, TLP_ModuleStatics(context->module), is_any);
+    TLCG_PushScope(context, TLP_ModuleGlobals(context->module), is_plantable);
+    TLCG_PushScope(context, TLP_ModuleStatics(context->module), is_plantable);
     while (TLCG_Pop(context, &visit)) {
         TLI_SetPSect(visit.identifier, nullptr);
-        TLCG_PushScope(context, TLIV_FunctionScope(visit.identifier), is_any);
+        TLCG_PushScope(context, TLIV_FunctionScope(visit.identifier), is_plantable);
     }
 }
 

@@ -41,7 +41,8 @@ struct TLI_SCOPE {
     HS_DOMAIN *names;           // name to TLI_IDENTIFIER
     TLI_IDENTIFIER *identifier; // function that owns the scope, or null
     TLI_UNLISTED *unlisted;
-    uint64_t filter; // bit for each hash modulo 64 of a name entered so far: most misses stop here
+    uint32_t classes; // bit for each class of a name entered so far
+    uint64_t filter;  // bit for each hash modulo 64 of a name entered so far: most misses stop here
 };
 
 struct TLI_DOMAIN {

@@ -76,6 +76,7 @@ TLI_IDENTIFIER *TLI_FindDomainIdentifier(const TLI_DOMAIN *domain, const char *n
 const char *TLI_EnterName(TLI_SCOPE *scope, const char *name, TLI_IDENTIFIER *identifier)
 {
     scope->filter |= filter_bit(key_of(name));
+    scope->classes |= 1U << (identifier->class_record->flags & TLI_CLASS_MASK);
     return HS_NewName(scope->names, name, (intptr_t)identifier);
 }
 
