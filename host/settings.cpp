@@ -231,7 +231,7 @@ static void end_last_line(TEXT *text)
 }
 
 /** Where a value goes in a store. */
-struct PLACE {
+struct LINE_PLACE {
     const char *start; // what is replaced, or inserted before; null if the section is not there
     size_t length;     // of what is replaced
 };
@@ -239,9 +239,9 @@ struct PLACE {
 /**
  * Finds the line that holds a value, or else the end of the section's last line that is not blank.
  */
-static PLACE find_place(SPAN lines, SPAN key, SPAN name)
+static LINE_PLACE find_place(SPAN lines, SPAN key, SPAN name)
 {
-    PLACE place = {};
+    LINE_PLACE place = {};
     SPAN found = {};
     bool inside = false;
     while (lines.length > 0) {
@@ -250,7 +250,7 @@ static PLACE find_place(SPAN lines, SPAN key, SPAN name)
         if (head) inside = is_same(found, key);
         if (!inside) continue;
         if (!head && is_value(line, name, &found))
-            return PLACE{ .start = line.start, .length = line.length };
+            return LINE_PLACE{ .start = line.start, .length = line.length };
         if (without_end(line).length > 0) place.start = line.start + line.length;
     }
     return place;
@@ -260,7 +260,7 @@ static PLACE find_place(SPAN lines, SPAN key, SPAN name)
 static void change_store(const TEXT &old, const char *key, const char *name, const char *value,
                          TEXT *changed)
 {
-    const PLACE place = find_place(lines_of(old), span_of(key), span_of(name));
+    const LINE_PLACE place = find_place(lines_of(old), span_of(key), span_of(name));
     const size_t before =
         place.start == nullptr ? old.length : static_cast<size_t>(place.start - old.bytes);
     const size_t behind = before + place.length;
