@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include "codegen/tlc.h"
+#include "program.h"
 #include "stmt/tls.h"
 #include <ostrum.h>
 
@@ -34,6 +35,7 @@ public:
 
     ~CompiledSource()
     {
+        verify_module();
         TLP_DelModule(module);
         TLT_DefaultMessageHandler(nullptr);
     }
@@ -113,13 +115,25 @@ private:
     static inline CompiledSource *current = nullptr;
     uint32_t flags;
 
+    // Whatever a test looks at, the module of a source without errors is a sound one.
+    void verify_module() const
+    {
+        const bool has_errors =
+            messages.find(" 3 ") != std::string::npos || messages.find(" 4 ") != std::string::npos;
+        if (module == nullptr || has_errors) return;
+        TLCG_Initialise();
+        TLT_ResetCounters();
+        constexpr uint32_t private_symbols = 0x0004;
+        TLP_SetModuleFlags(module, private_symbols);
+        const std::string path = (program::folder() / "m.kob").string();
+        ASSERT_EQ(TLCG_GenerateKOBCode(module, flags, path.c_str(), 0, "test"), 0);
+        if (std::filesystem::exists(path)) program::expect_sound(path);
+    }
+
     static std::string write(const std::string &text)
     {
-        std::filesystem::path folder = testing::TempDir();
-        folder /= "ostrum_" + std::to_string(getpid());
-        std::filesystem::create_directories(folder);
-        std::ofstream(folder / "m.tl", std::ios::binary) << text;
-        return (folder / "m.tl").string();
+        std::ofstream(program::folder() / "m.tl", std::ios::binary) << text;
+        return (program::folder() / "m.tl").string();
     }
 
     static void collect(TLT_STATEMENT *statement, int32_t level, const char *text)

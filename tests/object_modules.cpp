@@ -22,6 +22,7 @@ using Bytes = std::vector<int>;
 using Texts = std::vector<std::string>;
 
 enum { READ_WHOLE = 0, READ_SECTIONS = 2 };
+constexpr uint32_t private_symbols = 0x0004;
 enum { FLAG_DEBUG = 0x20, FLAG_LINES = 0x02, FLAG_CHECKS = 0x200 };
 
 Texts messages;
@@ -136,7 +137,9 @@ protected:
         ASSERT_NO_FATAL_FAILURE(read(name, source, mode));
         ASSERT_EQ(generate(name, flags), 0);
         ASSERT_NO_FATAL_FAILURE(load(name));
-        program::link_sound({ path(name + ".kob") });
+        TLP_SetModuleFlags(module, private_symbols);
+        ASSERT_EQ(generate("verified", flags), 0);
+        program::expect_sound(path("verified.kob"));
     }
 
     std::string file(const std::string &name) const

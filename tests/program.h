@@ -27,13 +27,28 @@ inline void keep_error(TLT_STATEMENT *statement, int32_t level, const char *text
     errors += "line " + std::to_string(line) + ": " + text + "\n";
 }
 
-// A folder of this process for what it compiles.
-inline std::filesystem::path folder()
+// A folder of this process for what it compiles, removed when the process ends.
+struct Folder {
+    std::filesystem::path path;
+
+    Folder() : path(testing::TempDir())
+    {
+        path /= "ostrum_programs_" + std::to_string(getpid());
+        std::filesystem::create_directories(path);
+    }
+    ~Folder()
+    {
+        std::error_code ignored;
+        std::filesystem::remove_all(path, ignored);
+    }
+    Folder(const Folder &) = delete;
+    Folder &operator=(const Folder &) = delete;
+};
+
+inline const std::filesystem::path &folder()
 {
-    std::filesystem::path path = testing::TempDir();
-    path /= "ostrum_programs_" + std::to_string(getpid());
-    std::filesystem::create_directories(path);
-    return path;
+    static const Folder kept;
+    return kept.path;
 }
 
 // Compiles a source with all its functions in the symbols; gives the path of the module.
@@ -78,6 +93,14 @@ inline evaluator::Program link_sound(const std::vector<std::string> &modules)
     for (const evaluator::Finding &finding : linked.findings)
         ADD_FAILURE() << finding.function << " at " << finding.offset << ": " << finding.reason;
     return linked;
+}
+
+// A single module is sound in itself; what it refers to may be missing.
+inline void expect_sound(const std::string &module)
+{
+    const evaluator::Program linked = link_sound({ module });
+    ASSERT_EQ(linked.images.size(), 1u);
+    EXPECT_GE(linked.functions.size(), linked.images[0].functions.size());
 }
 
 // Compiles the text of a module M and runs a function of it.
