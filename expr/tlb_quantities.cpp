@@ -58,9 +58,9 @@ static bool take_direction(TLP_MODULE *module, TLT_STATEMENT *statement, TLE_TER
     if (direction == nullptr) return true;
     intptr_t word = 0;
     TLI_IDENTIFIER *wanted = TLIT_FindType(nullptr, "CVT_TYPE");
+    const int32_t is_constant = TLE_ConstantValue(module, statement, direction, wanted, &word, 0);
     // A data literal can stand for a value that is known later; a direction is wanted now.
-    if (direction->kind == TLT_TOKEN_NUMBER &&
-        TLE_ConstantValue(module, statement, direction, wanted, &word, 0)) {
+    if (is_constant && direction->kind == TLT_TOKEN_NUMBER) {
         *value = static_cast<int32_t>(word) & backwards;
         return true;
     }

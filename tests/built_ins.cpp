@@ -199,18 +199,21 @@ TEST(BuiltIns, UnitConversion)
             { "cvt(U, P)", "<BIF>cvt(U,P) <UNTYPED>#" },
             { "cvt(U, {X})", "<BIF>cvt(U,{X}) <UNTYPED>#" },
             { "cvt(U, U)", "<BIF>cvt(U,U) <UNTYPED>#" },
-            { "cvt(U, C, WAY)", "<BIF>cvt(U,C,WAY) <UNTYPED>|3 Bad argument to 'cvt'#" },
+            { "cvt(U, C, WAY)", "<BIF>cvt(U,C,WAY) <UNTYPED>|3 Not a compile-time constant"
+                                "|3 Bad argument to 'cvt'#" },
             { "cvt(U, C, TRUE)", "<BIF>cvt(U,C,1) <UNTYPED>|3 Type mismatch in constant "
                                  "expression|3 Bad argument to 'cvt'#" },
             { "cvt(U, C, {X/CVT_TYPE})", "<BIF>cvt(U,C,{X}) <UNTYPED>|3 Bad argument to 'cvt'#" },
         });
-    expect_trees(&source, "cvts",
-                 {
-                     { "cvts(U, C)", "<BIF>cvts(U,C) STRING" },
-                     { "cvts(U, C, BACKWARDS)", "<BIF>cvts(U,C,1) STRING" },
-                     { "cvts(FL, C)", "<BIF>cvts(FL,C) <UNTYPED>#" },
-                     { "cvts(U, C, WAY)", "<BIF>cvts(U,C,WAY) <UNTYPED>|3 Bad argument to 'cvt'#" },
-                 });
+    expect_trees(
+        &source, "cvts",
+        {
+            { "cvts(U, C)", "<BIF>cvts(U,C) STRING" },
+            { "cvts(U, C, BACKWARDS)", "<BIF>cvts(U,C,1) STRING" },
+            { "cvts(FL, C)", "<BIF>cvts(FL,C) <UNTYPED>#" },
+            { "cvts(U, C, WAY)", "<BIF>cvts(U,C,WAY) <UNTYPED>|3 Not a compile-time constant"
+                                 "|3 Bad argument to 'cvt'#" },
+        });
 }
 
 TEST(BuiltIns, EndsOfTypes)
