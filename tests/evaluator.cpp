@@ -282,7 +282,10 @@ void raise(Machine *machine)
 void end_handler(Machine *machine, uint8_t operand)
 {
     if (machine->handlers.empty()) return fail(machine, "END_EXCEPTION outside of a handler");
-    if (operand == 0) machine->frames.back().next = machine->handlers.back().end;
+    if (operand == 1) return;
+    const Handler &handler = machine->handlers.back();
+    machine->frames.back().next = handler.end;
+    machine->stack.resize(handler.stack_words);
 }
 
 // Arithmetic.

@@ -104,6 +104,7 @@ Code describe(uint8_t code)
 // A stretch of protected code that is open, by its EXCEPTION; its handler may be under way.
 struct Stretch {
     uint32_t at;
+    uint32_t depth; // at its EXCEPTION, behind which only a FOR adds to it
     bool is_running;
     bool operator==(const Stretch &) const = default;
 };
@@ -226,7 +227,7 @@ bool open_stretch(Verifier *verifier, uint32_t at, int64_t target, State state)
     const std::optional<uint32_t> end = handler_end(*verifier->image, at + 3, target);
     if (target <= at || !end) return fail(verifier, at, "handler without an end");
     verifier->function->handler_ends[at] = *end;
-    state.stretches.push_back({ at, false });
+    state.stretches.push_back({ at, state.depth, false });
     if (!reach(verifier, at, target, state)) return false;
     state.stretches.back().is_running = true;
     return reach(verifier, at, at + 3, state);
@@ -249,6 +250,7 @@ bool end_handler(Verifier *verifier, uint32_t at, State state)
         return fail(verifier, at, "END_EXCEPTION outside of a handler");
     state.stretches.back().is_running = false;
     const uint32_t end = verifier->function->handler_ends[state.stretches.back().at];
+    if (operand == 0) state.depth = state.stretches.back().depth;
     return reach(verifier, at, operand == 1 ? at + 2 : end, state);
 }
 
