@@ -25,6 +25,9 @@ BEGIN
     NODE count lamp + 1
     NODE again   lamp + 2   ; count once more
     GOTO lit
+    NODE sum lamp + \
+             7 + ; "seven \
+             8   ; eight
     SUBTREE wire is_lit(lamp, colour)
     CASE FALSE, TRUE GOTO fine
     LEAF fine 0
@@ -39,12 +42,14 @@ digraph "LAMP.find_fault" {
     "lit" [label="lit\nis_lit(lamp, \"re;\\\\d\\\"\")", shape=ellipse];
     "count" [label="count\nlamp + 1", shape=ellipse];
     "again" [label="again\nlamp + 2", shape=ellipse];
+    "sum" [label="sum\nlamp + \n             7 + \n             8", shape=ellipse];
     "wire" [label="wire\nis_lit(lamp, colour)", shape=box];
     "fine" [label="fine\n0", shape=ellipse, peripheries=2];
     "lit" -> "fine" [label="TRUE"];
     "lit" -> "wire" [label="FALSE"];
     "count" -> "again" [style=dashed];
     "again" -> "lit";
+    "sum" -> "wire" [style=dashed];
     "wire" -> "fine" [label="TRUE"];
     "wire" -> "fine" [label="FALSE"];
 }
@@ -79,4 +84,9 @@ grep -q 'Output is a source or a module' said
 grep -q 'No such file' said
 [ -z "$(find . -name '.toll-*')" ]
 
-if command -v dot >/dev/null; then dot -Tsvg trees.gv -O; fi
+# One picture for each of the four trees.
+if command -v dot >/dev/null; then
+    dot -Tsvg trees.gv -O 2>said
+    [ ! -s said ]
+    [ "$(cat trees.gv*.svg | grep -c '</svg>')" -eq 4 ]
+fi

@@ -3,6 +3,7 @@
 
 #include "toll_tree_graph.h"
 
+#include <algorithm>
 #include <deque>
 
 namespace
@@ -90,32 +91,35 @@ std::string quoted(const std::string &text)
     return result + '"';
 }
 
-/** Where the comment behind an expression begins; the length of the text if there is none. */
-size_t comment_start(const std::string &text)
+/** Without its comments: each ends with its line, of which a statement can have several. */
+std::string uncommented(const std::string &text)
 {
+    std::string code;
     char closing = 0; // of the text, character or data literal in hand
     for (size_t i = 0; i < text.size(); i++) {
         const char c = text[i];
         if (closing == 0) {
-            if (c == ';') return i;
+            if (c == ';') i = std::min(text.find('\n', i), text.size());
             if (c == '"' || c == '\'') closing = c;
             if (c == '{') closing = '}';
         } else if (c == '\\') {
+            code += c;
             i++;
         } else if (c == closing) {
             closing = 0;
         }
+        if (i < text.size()) code += text[i];
     }
-    return text.size();
+    return code;
 }
 
-/** An expression without the blanks around it and the comment behind. */
+/** An expression without comments and the blanks around it. */
 std::string bare(const std::string &text)
 {
-    const std::string code = text.substr(0, comment_start(text));
-    const size_t first = code.find_first_not_of(" \t");
+    const std::string code = uncommented(text);
+    const size_t first = code.find_first_not_of(" \t\n");
     if (first == std::string::npos) return "";
-    return code.substr(first, code.find_last_not_of(" \t") - first + 1);
+    return code.substr(first, code.find_last_not_of(" \t\n") - first + 1);
 }
 
 std::string node_line(const NODE &node)
