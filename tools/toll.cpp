@@ -116,52 +116,127 @@ void parse_sections(COMPILATION *compilation)
     if (print_scopes) print_module_scopes(module);
 }
 
-std::string output_path(const COMPILATION &compilation)
+std::string without_extension(std::string path)
 {
-    if (!compilation.options->output.empty()) return compilation.options->output;
-    std::string name = compilation.source.substr(compilation.source.find_last_of("/\\") + 1);
-    const size_t dot = name.rfind('.');
-    if (dot != std::string::npos && dot > 0) name.resize(dot);
-    return name + ".kob";
+    const size_t name = path.find_last_of("/\\") + 1;
+    const size_t dot = path.rfind('.');
+    if (dot != std::string::npos && dot > name) path.resize(dot);
+    return path;
+}
+
+/** Path of the output without the extensions that the targets give it. */
+std::string base_path(const COMPILATION &compilation)
+{
+    const std::string &source = compilation.source;
+    const std::string name = without_extension(source.substr(source.find_last_of("/\\") + 1));
+    const std::string &output = compilation.options->output;
+    if (output.empty()) return name;
+    if (!is_directory(output)) return without_extension(output);
+    return output.back() == '/' ? output + name : output + '/' + name;
+}
+
+bool wants(const COMPILATION &compilation, TOLL_TARGET target)
+{
+    const uint32_t targets = compilation.options->targets;
+    return ((targets == 0 ? TOLL_TARGET_KOB : targets) & target) != 0;
+}
+
+/** Where the output goes: its one file, or what its files have before their extensions. */
+struct DESTINATION {
+    std::string target;
+    std::vector<std::string> extensions; // none: target is the file
+};
+
+/** A module file that is the only output may have any name. */
+DESTINATION find_destination(const COMPILATION &compilation)
+{
+    const std::string &output = compilation.options->output;
+    const bool is_module = wants(compilation, TOLL_TARGET_KOB);
+    const bool is_text = wants(compilation, TOLL_TARGET_C);
+    if (!is_text && !output.empty() && !is_directory(output)) return { output, {} };
+    DESTINATION destination = { base_path(compilation), {} };
+    if (is_module) destination.extensions.emplace_back(".kob");
+    if (is_text) {
+        destination.extensions.emplace_back(".h");
+        destination.extensions.emplace_back(".c");
+    }
+    return destination;
+}
+
+std::vector<std::string> output_paths(const DESTINATION &destination)
+{
+    if (destination.extensions.empty()) return { destination.target };
+    std::vector<std::string> paths;
+    for (const std::string &extension : destination.extensions)
+        paths.push_back(destination.target + extension);
+    return paths;
 }
 
 /** Refuses an output that is one of the sources read: it would be lost. */
-bool is_source(const COMPILATION &compilation, const std::string &target)
+bool is_source(const COMPILATION &compilation, const DESTINATION &destination)
 {
-    for (const std::string &path : compilation.opened) {
-        if (same_file(path, target)) return true;
+    for (const std::string &target : output_paths(destination)) {
+        for (const std::string &path : compilation.opened) {
+            if (same_file(path, target)) return true;
+        }
     }
     return false;
 }
 
-/** Generates the module file into an open output; true if it is complete. */
-bool generate(const COMPILATION &compilation, const TOLL_OUTPUT &output)
+/** Runs one generator into an open output; true if what it wrote is complete. */
+bool generate(const COMPILATION &compilation, const TOLL_OUTPUT &output, TOLL_TARGET target)
 {
     const int32_t errors_before = error_count();
-    const int32_t result =
-        TLCG_GenerateKOBCode(compilation.module, compilation.options->compile_flags,
-                             output.made.c_str(), tool_number, OSTRUM_VERSION);
+    const auto run = target == TOLL_TARGET_C ? TLCG_GenerateCCode : TLCG_GenerateKOBCode;
+    const std::string &name = target == TOLL_TARGET_C ? output.base : output.files[0].made;
+    const int32_t result = run(compilation.module, compilation.options->compile_flags, name.c_str(),
+                               tool_number, OSTRUM_VERSION);
     if (result != 0) report_problem(output.target, TLCG_Message(result));
     return result == 0 && error_count() == errors_before && !SM_Aborted();
 }
 
+/** Tells what a text target could not express; true if that is nothing. The text tells where. */
+bool is_expressed(const COMPILATION &compilation)
+{
+    const int32_t count = TLC_TextErrors(nullptr);
+    if (count == 0) return true;
+    const std::string number = std::to_string(count);
+    report_problem(compilation.source, number + (count == 1 ? " place" : " places") +
+                                           " cannot be expressed in C; see 'ERROR' in the output");
+    return false;
+}
+
+/** Generates all targets; false if the files are not to be used. is_whole tells whether all came out. */
+bool generate_all(const COMPILATION &compilation, const TOLL_OUTPUT &output, bool *is_whole)
+{
+    *is_whole = true;
+    for (const TOLL_TARGET target : { TOLL_TARGET_KOB, TOLL_TARGET_C }) {
+        if (!wants(compilation, target)) continue;
+        if (!generate(compilation, output, target)) return false;
+        if (target != TOLL_TARGET_KOB && !is_expressed(compilation)) *is_whole = false;
+    }
+    return true;
+}
+
 bool write_module(const COMPILATION &compilation)
 {
-    const std::string target = output_path(compilation);
+    const DESTINATION destination = find_destination(compilation);
     TOLL_OUTPUT output = {};
-    std::string problem = is_source(compilation, target) ? "Output is a source of this module"
-                                                         : open_output(target, &output);
+    std::string problem = is_source(compilation, destination)
+                              ? "Output is a source of this module"
+                              : open_output(destination.target, destination.extensions, &output);
     if (!problem.empty()) {
-        report_problem(target, problem);
+        report_problem(destination.target, problem);
         return false;
     }
-    if (!generate(compilation, output)) {
+    bool is_whole = false;
+    if (!generate_all(compilation, output, &is_whole)) {
         discard_output(&output);
         return false;
     }
     problem = publish_output(&output);
-    if (!problem.empty()) report_problem(target, problem);
-    return problem.empty();
+    if (!problem.empty()) report_problem(destination.target, problem);
+    return problem.empty() && is_whole;
 }
 
 /** Keeps the graphs of a module, and which files belong to it. */
@@ -169,7 +244,9 @@ void note_graphs(const COMPILATION &compilation, GRAPHS *graphs)
 {
     graphs->text += tree_graphs(compilation.module, compilation.sections);
     graphs->used.insert(graphs->used.end(), compilation.opened.begin(), compilation.opened.end());
-    if (!compilation.options->check_only) graphs->used.push_back(output_path(compilation));
+    if (compilation.options->check_only) return;
+    for (const std::string &path : output_paths(find_destination(compilation)))
+        graphs->used.push_back(path);
 }
 
 bool compile_source(const TOLL_OPTIONS &options, const std::string &source, GRAPHS *graphs)
@@ -191,7 +268,7 @@ bool compile_source(const TOLL_OPTIONS &options, const std::string &source, GRAP
 /** Writes the graphs into an open output; empty, or what is wrong. */
 std::string write_text(const std::string &text, const TOLL_OUTPUT &output)
 {
-    FILE *file = fopen(output.made.c_str(), "wb");
+    FILE *file = fopen(output.files[0].made.c_str(), "wb");
     if (file == nullptr) return "Cannot be written";
     const bool is_whole = fwrite(text.data(), 1, text.size(), file) == text.size();
     return fclose(file) == 0 && is_whole ? "" : "Cannot be written";
@@ -204,7 +281,7 @@ std::string make_graph_file(const std::string &target, const GRAPHS &graphs)
         if (same_file(path, target)) return "Output is a source or a module";
     }
     TOLL_OUTPUT output = {};
-    std::string problem = open_output(target, &output);
+    std::string problem = open_output(target, {}, &output);
     if (!problem.empty()) return problem;
     problem = write_text(graphs.text, output);
     if (problem.empty()) return publish_output(&output);

@@ -13,6 +13,17 @@ namespace
 
 constexpr int32_t max_define_count = 10; // slots for names that a module has
 
+// Words of --target.
+struct TARGET_WORD {
+    const char *word;
+    TOLL_TARGET target;
+};
+
+constexpr TARGET_WORD target_words[] = {
+    { "kob", TOLL_TARGET_KOB },
+    { "c", TOLL_TARGET_C },
+};
+
 enum OPTION_CODE {
     OPTION_PRIVATE_SYMBOLS = 256, // above every character that is an option
     OPTION_STRICT,
@@ -24,6 +35,7 @@ enum OPTION_CODE {
     OPTION_PRINT_BLOCKS,
     OPTION_TREE_GRAPH,
     OPTION_DIAGNOSTICS,
+    OPTION_TARGET,
     OPTION_HELP,
     OPTION_VERSION,
 };
@@ -49,6 +61,16 @@ bool set_output(TOLL_OPTIONS *options, const char *value)
     if (*value == 0) return wrong("no output file in", "-o");
     options->output = value;
     return true;
+}
+
+bool add_target(TOLL_OPTIONS *options, const char *value)
+{
+    for (const TARGET_WORD &row : target_words) {
+        if (strcmp(value, row.word) != 0) continue;
+        options->targets |= row.target;
+        return true;
+    }
+    return wrong("unknown target", value);
 }
 
 bool add_include_path(TOLL_OPTIONS *options, const char *value)
@@ -164,8 +186,14 @@ constexpr OPTION option_table[] = {
       .long_name = "output",
       .argument = required_argument,
       .synopsis = "-o, --output=FILE",
-      .meaning = "output file; default: base name of the source + \".kob\"",
+      .meaning = "output file or its directory; default: base name of the source + \".kob\"",
       .set = set_output },
+    { .code = OPTION_TARGET,
+      .long_name = "target",
+      .argument = required_argument,
+      .synopsis = "    --target=kob|c",
+      .meaning = "write a module file (default) or C source; may be repeated for several",
+      .set = add_target },
     { .code = 'I',
       .long_name = nullptr,
       .argument = required_argument,
@@ -286,6 +314,8 @@ void print_help()
     printf(
         "\n-I and -D may be repeated. Used modules are also looked for in the directories of\n"
         "TollInclude, separated by ';'.\n\n"
+        "--target=c writes NAME.h and NAME.c; -o then gives NAME, and an extension of it is "
+        "dropped.\n\n"
         "--tree-graph writes one digraph for each tree once every source has compiled, all into\n"
         "one file; with -n nothing else is written.\n\n"
         "Exit status: 0 compiled, warnings included; 1 errors in a source or an output that\n"

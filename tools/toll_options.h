@@ -6,6 +6,12 @@
 
 enum TOLL_FORMAT { TOLL_FORMAT_TEXT, TOLL_FORMAT_JSON, TOLL_FORMAT_COUNT };
 
+/** What a module is turned into; bits of a set. */
+enum TOLL_TARGET : uint32_t {
+    TOLL_TARGET_KOB = 1, // module file
+    TOLL_TARGET_C = 2,   // header and C file
+};
+
 /** What a command line of toll asks for. */
 struct TOLL_OPTIONS {
     std::string output;                     // of -o; empty: derived from the source
@@ -14,6 +20,7 @@ struct TOLL_OPTIONS {
     int32_t define_count = 0;
     uint32_t module_flags = 0;  // flag word of TLP_ReadModule2
     uint32_t compile_flags = 0; // flag word of TLCG_GenerateKOBCode
+    uint32_t targets = 0;       // of --target; 0: the module file
     bool print_scopes = false;
     bool check_only = false;
     bool draw_trees = false;

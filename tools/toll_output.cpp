@@ -21,13 +21,15 @@ struct LEFTOVER {
     volatile bool is_open;
     int target_directory;
     char directory[64];
-    char made[256];
+    char made[toll_file_limit][256];
 } leftover;
 
 void drop_leftover(int32_t, intptr_t)
 {
     if (!leftover.is_open) return;
-    unlinkat(AT_FDCWD, leftover.made, 0);
+    for (const char *made : leftover.made) {
+        if (*made != 0) unlinkat(AT_FDCWD, made, 0);
+    }
     unlinkat(leftover.target_directory, leftover.directory, AT_REMOVEDIR);
     leftover.is_open = false;
 }
@@ -38,7 +40,10 @@ void note_leftover(const TOLL_OUTPUT &output)
     if (!is_listed) SM_AtExit(drop_leftover, 0);
     is_listed = true;
     ST_Copy(leftover.directory, sizeof leftover.directory, output.directory.c_str());
-    ST_Copy(leftover.made, sizeof leftover.made, output.made.c_str());
+    for (size_t at = 0; at < toll_file_limit; at++) {
+        const char *made = at < output.files.size() ? output.files[at].made.c_str() : "";
+        ST_Copy(leftover.made[at], sizeof leftover.made[at], made);
+    }
     leftover.target_directory = output.target_directory;
     leftover.is_open = true;
 }
@@ -61,28 +66,37 @@ void close_output(TOLL_OUTPUT *output)
     close(output->home_directory);
 }
 
-/** Splits the path in directory and name; the name gets the extension that it lacks. */
-void take_names(const std::string &target, TOLL_OUTPUT *output, std::string *directory)
+/** Splits the path in directory and name, and names the files. */
+void take_names(const std::string &target, const std::vector<std::string> &extensions,
+                TOLL_OUTPUT *output, std::string *directory)
 {
     output->target = target;
     for (char &c : output->target) {
         if (c == '\\') c = '/';
     }
     const size_t slash = output->target.rfind('/');
-    output->name = slash == std::string::npos ? output->target : output->target.substr(slash + 1);
+    output->base = slash == std::string::npos ? output->target : output->target.substr(slash + 1);
     *directory = slash == std::string::npos ? "." : output->target.substr(0, slash + 1);
-    output->made = output->name;
-    if (output->name.find('.') == std::string::npos) output->made += ".kob";
+    for (const std::string &extension : extensions) {
+        output->files.push_back({ output->base + extension, output->base + extension });
+    }
+    if (!extensions.empty()) return;
+    // A module file takes an extension where its name has none.
+    const bool is_bare = output->base.find('.') == std::string::npos;
+    output->files.push_back({ is_bare ? output->base + ".kob" : output->base, output->base });
 }
 
-/** What stands in the way of a file of this name, if anything. */
+/** What stands in the way of files of these names, if anything. */
 std::string refuse_target(const TOLL_OUTPUT &output)
 {
     struct stat status = {};
-    if (output.name.empty()) return "Is a directory";
-    if (output.made.size() >= sizeof leftover.made) return "File name too long";
-    if (fstatat(output.target_directory, output.name.c_str(), &status, 0) != 0) return "";
-    return S_ISREG(status.st_mode) ? "" : "Not a regular file";
+    if (output.base.empty()) return "Is a directory";
+    for (const TOLL_FILE &file : output.files) {
+        if (file.made.size() >= sizeof leftover.made[0]) return "File name too long";
+        if (fstatat(output.target_directory, file.name.c_str(), &status, 0) != 0) continue;
+        if (!S_ISREG(status.st_mode)) return "Not a regular file";
+    }
+    return "";
 }
 
 /** Makes a directory of a name of its own in target_directory, and enters it. */
@@ -97,27 +111,62 @@ bool enter_temporary_directory(TOLL_OUTPUT *output)
     return false;
 }
 
-/** Gives the new file the rights of the one that it replaces, or those that a new file has here. */
-void take_rights(const TOLL_OUTPUT &output)
+/** Gives a new file the rights of the one that it replaces, or those that a new file has here. */
+void take_rights(const TOLL_OUTPUT &output, const TOLL_FILE &file)
 {
     struct stat status = {};
     mode_t rights = 0;
-    if (fstatat(output.target_directory, output.name.c_str(), &status, 0) == 0) {
+    if (fstatat(output.target_directory, file.name.c_str(), &status, 0) == 0) {
         rights = status.st_mode & 0777;
     } else {
         const mode_t mask = umask(0);
         umask(mask);
         rights = 0666 & ~mask;
     }
-    chmod(output.made.c_str(), rights);
+    chmod(file.made.c_str(), rights);
+}
+
+std::string old_name(size_t at)
+{
+    return "old-" + std::to_string(at);
+}
+
+/** Keeps a second name for each file that is about to be replaced, if there is more than one. */
+void keep_old(const TOLL_OUTPUT &output)
+{
+    if (output.files.size() < 2) return;
+    for (size_t at = 0; at < output.files.size(); at++) {
+        linkat(output.target_directory, output.files[at].name.c_str(), AT_FDCWD,
+               old_name(at).c_str(), 0);
+    }
+}
+
+/** Puts back what stood in the places of the first count files. */
+void restore_old(const TOLL_OUTPUT &output, size_t count)
+{
+    for (size_t at = 0; at < count; at++) {
+        const char *name = output.files[at].name.c_str();
+        const std::string old = old_name(at);
+        if (renameat(AT_FDCWD, old.c_str(), output.target_directory, name) != 0)
+            unlinkat(output.target_directory, name, 0);
+    }
+}
+
+void drop_made(const TOLL_OUTPUT &output)
+{
+    for (size_t at = 0; at < output.files.size(); at++) {
+        unlink(output.files[at].made.c_str());
+        unlink(old_name(at).c_str());
+    }
 }
 
 } // namespace
 
-std::string open_output(const std::string &target, TOLL_OUTPUT *output)
+std::string open_output(const std::string &target, const std::vector<std::string> &extensions,
+                        TOLL_OUTPUT *output)
 {
     std::string directory;
-    take_names(target, output, &directory);
+    take_names(target, extensions, output, &directory);
     output->home_directory = open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (output->home_directory < 0) return last_error();
     output->target_directory = open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
@@ -138,20 +187,30 @@ std::string open_output(const std::string &target, TOLL_OUTPUT *output)
 std::string publish_output(TOLL_OUTPUT *output)
 {
     std::string problem;
-    take_rights(*output);
-    if (renameat(AT_FDCWD, output->made.c_str(), output->target_directory, output->name.c_str()) !=
-        0) {
+    keep_old(*output);
+    for (size_t at = 0; at < output->files.size() && problem.empty(); at++) {
+        const TOLL_FILE &file = output->files[at];
+        take_rights(*output, file);
+        const char *name = file.name.c_str();
+        if (renameat(AT_FDCWD, file.made.c_str(), output->target_directory, name) == 0) continue;
         problem = last_error();
-        unlink(output->made.c_str());
+        restore_old(*output, at);
     }
+    drop_made(*output);
     close_output(output);
     return problem;
 }
 
 void discard_output(TOLL_OUTPUT *output)
 {
-    unlink(output->made.c_str());
+    drop_made(*output);
     close_output(output);
+}
+
+bool is_directory(const std::string &path)
+{
+    struct stat status = {};
+    return stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
 bool same_file(const std::string &a, const std::string &b)

@@ -1,40 +1,55 @@
 #pragma once
 
 #include <string>
+#include <vector>
+
+/** One file of an output. */
+struct TOLL_FILE {
+    std::string made; // name of the file that generation makes
+    std::string name; // name that it gets beside the target
+};
 
 /**
- * A module file in the making. It is written under its final base name, since that name stands in
- * the module, in a temporary directory beside the target, and takes the target's place in one step.
+ * The files of a compilation in the making. They are written under their final base name, since that
+ * name stands in them, in a temporary directory beside the target, and take their places together.
  * The working directory is the temporary one while an output is open: the path that the library
  * gets is then just a name, however long the target's path is.
  */
 struct TOLL_OUTPUT {
-    std::string target;    // path as the user named it, with '/' between its components
-    std::string name;      // last component of target
-    std::string made;      // name of the file that generation makes: name with an extension
+    std::string target; // path as the user named it, with '/' between its components
+    std::string base;   // last component of target
+    std::vector<TOLL_FILE> files;
     int home_directory;    // descriptor of the working directory before
     int target_directory;  // descriptor of the directory that target lies in
     std::string directory; // temporary directory, relative to target_directory
 };
 
+/** Files of one output at most. */
+constexpr size_t toll_file_limit = 4;
+
 /**
  * Makes the temporary directory for an output and enters it.
  *
- * @param target  path of the module file to be made
- * @param output  out: the open output; ended by publish_output or discard_output
- * @return        empty, or what is wrong; then nothing is left open
+ * @param target      path of the file to be made, or of several without their extensions
+ * @param extensions  of the files, each with its dot; none: one file, of the target's own name
+ * @param output      out: the open output; ended by publish_output or discard_output
+ * @return            empty, or what is wrong; then nothing is left open
  */
-std::string open_output(const std::string &target, TOLL_OUTPUT *output);
+std::string open_output(const std::string &target, const std::vector<std::string> &extensions,
+                        TOLL_OUTPUT *output);
 
 /**
- * Puts the finished file in the target's place, and closes the output.
+ * Puts the finished files in their places, and closes the output.
  *
- * @return  empty, or what is wrong; then the target is as it was before
+ * @return  empty, or what is wrong; then all are as they were before
  */
 std::string publish_output(TOLL_OUTPUT *output);
 
-/** Drops what was written, and closes the output. The target is as it was before. */
+/** Drops what was written, and closes the output. All files are as they were before. */
 void discard_output(TOLL_OUTPUT *output);
+
+/** Tells whether a path leads to an existing directory. */
+bool is_directory(const std::string &path);
 
 /**
  * Tells whether two paths lead to one existing file.
