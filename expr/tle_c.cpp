@@ -3,6 +3,7 @@
  * effects runs from left to right as in P-code: where C would leave the order open, values wait in
  * temporaries.
  */
+#include "expr/tlb.h"
 #include "expr/tle_code.h"
 
 #include <cstdint>
@@ -302,10 +303,11 @@ void TLE_CDataLiteral(TLC_STREAM *stream, TLE_TERM *term)
 
 /* How an operator is written. */
 enum FORM : uint8_t {
-    PLAIN,  /* between its operands */
-    WRAP,   /* the same, as unsigned arithmetic */
-    CALL,   /* as a function of toll.h */
-    COMPARE /* a function of toll.h gives the order of two texts, which is held against 0 */
+    PLAIN,   /* between its operands */
+    WRAP,    /* the same, as unsigned arithmetic */
+    CALL,    /* as a function of toll.h */
+    COMPARE, /* a function of toll.h gives the order of two texts, which is held against 0 */
+    SIGNED   /* between its operands, each made an INT: C may keep enumerations unsigned */
 };
 
 /* Largest magnitude that a value can have; 2 to the 31 and beyond say nothing. */
@@ -374,6 +376,29 @@ static FORM product_form(const TLE_TERM *term)
     }
 }
 
+/* A byte that may be more than its type has room for. */
+static bool is_wide(const TLE_TERM *term)
+{
+    return term->kind == TLE_BUILT_IN || term->kind == TLT_TOKEN_ASSIGN;
+}
+
+/* Do two enumeration values differ in sign in C, or can one lie below the first value? */
+static bool is_signed_comparison(const TLE_TERM *term)
+{
+    const TLE_TERM *left = term->left;
+    const TLE_TERM *right = term->right;
+    if (left == nullptr || right == nullptr || !TLB_IsEnumeration(left->type)) return false;
+    const bool is_equality = term->kind == TLT_TOKEN_EQUAL || term->kind == TLT_TOKEN_NOT_EQUAL;
+    if (is_equality) return TLB_IsWordInC(left) != TLB_IsWordInC(right);
+    return is_wide(left) || is_wide(right);
+}
+
+static FORM comparison_form(const TLE_TERM *term)
+{
+    if (term->extra != 0) return COMPARE;
+    return is_signed_comparison(term) ? SIGNED : PLAIN;
+}
+
 static FORM form_of(const TLE_TERM *term)
 {
     switch (term->kind) {
@@ -394,7 +419,7 @@ static FORM form_of(const TLE_TERM *term)
     case TLT_TOKEN_LESS_EQUAL:
     case TLT_TOKEN_GREATER:
     case TLT_TOKEN_GREATER_EQUAL:
-        return term->extra != 0 ? COMPARE : PLAIN;
+        return comparison_form(term);
     default:
         return PLAIN;
     }
@@ -461,7 +486,7 @@ static bool wants_brackets(const TLC_STREAM *stream, const PLACE &place, const T
     if (place.outer == nullptr) return false;
     FORM form = form_of(place.outer);
     /* Arguments of a function are apart from one another. */
-    if (form == CALL || form == COMPARE) return false;
+    if (form == CALL || form == COMPARE || form == SIGNED) return false;
     int32_t level = text_level(stream, term, place.is_unsigned);
     int32_t outer = outer_level(place.outer);
     /* The first factor of an unsigned product has an unsigned 1 before it. */
@@ -506,6 +531,9 @@ static void open_operator(TLC_STREAM *stream, const TLE_TERM *term, bool is_unsi
     case COMPARE:
         std::fputs("toll_compare(", file);
         break;
+    case SIGNED:
+        std::fputs("(INT) (", file);
+        break;
     default:
         break;
     }
@@ -528,10 +556,12 @@ static int32_t close_operator(TLC_STREAM *stream, TLE_TERM *term, bool is_unsign
 {
     FORM form = form_of(term);
     if (form == CALL || form == COMPARE) return close_call(stream, term);
+    if (form == SIGNED) std::fputs(")", stream->file);
     std::fputs(TLE_COperator(term), stream->file);
+    if (form == SIGNED) std::fputs("(INT) (", stream->file);
     PLACE place = { .outer = term, .is_right = true, .is_unsigned = form == WRAP };
     int32_t written = write_bracketed(stream, term->right, place);
-    if (form == WRAP && !is_unsigned) std::fputs(")", stream->file);
+    if (form == SIGNED || (form == WRAP && !is_unsigned)) std::fputs(")", stream->file);
     return written;
 }
 
@@ -637,18 +667,24 @@ static bool is_word(TLI_IDENTIFIER *type)
     return TLIT_TypeBaseType(nullptr, type) == TLIT_IntType || TLIT_IntegerType(type);
 }
 
-/* A byte that may be more than its type has room for. */
-static bool is_wide(const TLE_TERM *term)
+/* Writes a literal as what an item of its narrow type keeps of it; false for any other term. */
+static bool write_cut_literal(TLC_STREAM *stream, TLI_IDENTIFIER *wanted, const TLE_TERM *term)
 {
-    return term->kind == TLE_BUILT_IN || term->kind == TLT_TOKEN_ASSIGN;
+    if (term->kind != TLT_TOKEN_NUMBER) return false;
+    bool is_byte =
+        wanted == TLIT_CharType || TLIT_TypeSubclass(nullptr, wanted) == TLIT_SUBCLASS_ENUMERATION;
+    int32_t kept = is_byte                    ? static_cast<uint8_t>(term->value)
+                   : wanted == TLIT_ShortType ? static_cast<int16_t>(term->value)
+                                              : term->value;
+    if (kept == term->value) return false;
+    TLC_Literal(stream, kept);
+    return true;
 }
 
 /* The function of toll.h that makes one type's value out of another's; null if none is needed. */
 static const char *conversion(TLI_IDENTIFIER *wanted, const TLE_TERM *term)
 {
     if (wanted == nullptr || term->type == nullptr) return nullptr;
-    bool is_enumeration = TLIT_TypeSubclass(nullptr, wanted) == TLIT_SUBCLASS_ENUMERATION;
-    if (is_enumeration && is_wide(term)) return "toll_byte(";
     if (wanted == TLIT_FloatType && is_word(term->type)) return "toll_float_of_word(";
     if (term->type == TLIT_FloatType && is_word(wanted)) return "toll_word_of_float(";
     return nullptr;
@@ -661,6 +697,18 @@ static bool loses_pointer(TLI_IDENTIFIER *wanted, const TLE_TERM *term)
     if (term->kind == TLT_TOKEN_DATA_LITERAL || term->kind == TLT_TOKEN_NULL) return false;
     return (is_word(wanted) && TLIT_PointerType(term->type)) ||
            (TLIT_PointerType(wanted) && is_word(term->type));
+}
+
+int32_t TLE_CStoredValue(TLC_STREAM *stream, TLI_IDENTIFIER *wanted, TLE_TERM *term)
+{
+    bool is_known = wanted != nullptr && term != nullptr;
+    if (is_known && write_cut_literal(stream, wanted, term)) return 1;
+    bool is_byte = is_known && is_wide(term) &&
+                   TLIT_TypeSubclass(nullptr, wanted) == TLIT_SUBCLASS_ENUMERATION;
+    if (is_byte) std::fputs("toll_byte(", stream->file);
+    int32_t written = TLE_CValueAs(stream, wanted, term);
+    if (is_byte) std::fputs(")", stream->file);
+    return written;
 }
 
 int32_t TLE_CValueAs(TLC_STREAM *stream, TLI_IDENTIFIER *wanted, TLE_TERM *term)
@@ -708,7 +756,7 @@ static int32_t write_source(TLC_STREAM *stream, TLE_TERM *term)
     case TLO_STORE_ARRAY:
         return TLE_TermCode(stream, source, TLE_MODE_EXTENT);
     default:
-        return TLE_CValueAs(stream, term->left->type, source);
+        return TLE_CStoredValue(stream, term->left->type, source);
     }
 }
 

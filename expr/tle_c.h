@@ -52,6 +52,9 @@ void TLE_CDataLiteral(TLC_STREAM *stream, TLE_TERM *term);
  */
 int32_t TLE_CValueAs(TLC_STREAM *stream, TLI_IDENTIFIER *wanted, TLE_TERM *term);
 
+/** The same for a value that is stored in an item of the type, which may be too small for all of it. */
+int32_t TLE_CStoredValue(TLC_STREAM *stream, TLI_IDENTIFIER *wanted, TLE_TERM *term);
+
 /** Tells whether C would leave open in which order the arguments of a call are worked out. */
 bool TLE_IsUnorderedCall(const TLC_STREAM *stream, const TLE_TERM *term);
 

@@ -75,7 +75,7 @@ static int32_t value_code(TLC_STREAM *stream, TLI_IDENTIFIER *formal, TLE_TERM *
         return TLE_TermCode(stream, actual, TLE_MODE_ADDRESS);
     }
     if (TLC_Target(stream) == TLC_TARGET_C) {
-        return TLE_CValueAs(stream, formal != nullptr ? type : nullptr, actual);
+        return TLE_CStoredValue(stream, formal != nullptr ? type : nullptr, actual);
     }
     if (!TLE_TermCode(stream, actual, TLE_MODE_VALUE)) return 0;
     TLC_Argument(stream, TLIT_TypeSizeof(type, -1));

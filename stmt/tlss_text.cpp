@@ -11,12 +11,18 @@
 #include <ostrum/tli.h>
 #include <ostrum/tlit.h>
 
-/* The selector has to be one word, which every value of a leg can be held against. */
+/* A compiler takes a truth value or a literal as a selector for an error: they are made words. */
 static void write_selector(TLC_STREAM *stream, const TLSS_SWITCH *record)
 {
-    std::fputs("switch (", TLC_CFile(stream));
-    TLS_WriteCondition(stream, record->expression);
-    std::fputs(")\n", TLC_CFile(stream));
+    FILE *file = TLC_CFile(stream);
+    TLE_TERM *expression = record->expression;
+    const bool is_truth =
+        TLE_TermOperator(expression) != nullptr && expression->type == TLIT_BoolType;
+    const bool is_literal = expression->kind == TLT_TOKEN_NUMBER;
+    std::fputs("switch (", file);
+    if (is_truth || is_literal) std::fputs("toll_word(", file);
+    TLS_WriteCondition(stream, expression);
+    std::fputs(is_truth || is_literal ? "))\n" : ")\n", file);
 }
 
 static void write_value(TLC_STREAM *stream, const TLS_BLOCK *block, const TLSS_SWITCH *record,

@@ -27,6 +27,9 @@
  * is its author's affair, of which the compiler of TOLL has warned.
  */
 #if defined(__GNUC__)
+#if defined(__clang__)
+#pragma GCC diagnostic ignored "-Wunknown-warning-option"
+#endif
 #pragma GCC diagnostic ignored "-Wunused-variable"
 #pragma GCC diagnostic ignored "-Wunused-but-set-variable"
 #pragma GCC diagnostic ignored "-Wunused-parameter"
@@ -39,10 +42,14 @@
 #pragma GCC diagnostic ignored "-Wtautological-compare"
 #if defined(__clang__)
 #pragma GCC diagnostic ignored "-Wself-assign"
+#pragma GCC diagnostic ignored "-Winfinite-recursion"
 #pragma GCC diagnostic ignored "-Wincompatible-library-redeclaration"
 #else
 #pragma GCC diagnostic ignored "-Wunused-but-set-parameter"
 #pragma GCC diagnostic ignored "-Wbuiltin-declaration-mismatch"
+#if __GNUC__ >= 12
+#pragma GCC diagnostic ignored "-Winfinite-recursion"
+#endif
 #endif
 #endif
 

@@ -161,6 +161,12 @@ static inline INT toll_int(uint32_t bits)
     return bits <= INT32_MAX ? (INT)bits : -(INT)(UINT32_MAX - bits) - 1;
 }
 
+/** The word itself, where a compiler is not to look into it. */
+static inline INT toll_word(INT value)
+{
+    return value;
+}
+
 /** Shifts left by the low five bits of count. */
 static inline INT toll_shift_left(INT value, INT count)
 {
