@@ -136,6 +136,13 @@ int32_t TLB_TightArgument(TLC_STREAM *stream, TLE_TERM *term, int32_t index)
     return written;
 }
 
+bool TLB_IsWordInC(const TLE_TERM *term)
+{
+    if (term->kind != TLE_BUILT_IN) return false;
+    const TLB_BUILT_IN *record = record_of(term);
+    return record == &TLB_Min || record == &TLB_Max;
+}
+
 bool TLB_IsDifference(const TLE_TERM *term)
 {
     return term->kind == TLE_BUILT_IN && record_of(term) == &TLB_Upb;

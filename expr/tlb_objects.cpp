@@ -3,6 +3,7 @@
  */
 #include "expr/tlb.h"
 
+#include "codegen/tlc.h"
 #include "expr/tle.h"
 #include <ostrum/eep.h>
 #include <ostrum/st.h>
@@ -10,6 +11,7 @@
 #include <ostrum/tlcj.h>
 #include <ostrum/tli.h>
 #include <ostrum/tlit.h>
+#include <ostrum/tlt.h>
 
 static const char *class_of(TLI_IDENTIFIER *record)
 {
@@ -81,10 +83,22 @@ static int32_t release_code(const TLB_BUILT_IN *, TLC_STREAM *stream, TLE_TERM *
     return done;
 }
 
-/** Java collects what nobody points at any more. */
-static int32_t release_java(const TLB_BUILT_IN *, TLC_STREAM *, TLE_TERM *)
+static bool is_statement(const TLE_TERM *term)
 {
-    return 1;
+    return term->kind == TLE_CALL || term->kind == TLE_INDIRECT_CALL ||
+           term->kind == TLT_TOKEN_ASSIGN;
+}
+
+/**
+ * Java collects what nobody points at any more, so nothing is left to do but what the argument does
+ * itself. Where a value is wanted, it is the pointer.
+ */
+static int32_t release_java(const TLB_BUILT_IN *, TLC_STREAM *stream, TLE_TERM *term)
+{
+    const TLE_TERM *argument = TLE_CallArgument(term, 0);
+    const bool has_taker = stream->text.statement != term;
+    if (argument == nullptr || (!has_taker && !is_statement(argument))) return 1;
+    return has_taker ? TLB_TightArgument(stream, term, 0) : TLB_ArgumentCode(stream, term, 0);
 }
 
 // Records

@@ -66,11 +66,21 @@ static int32_t abs_code(const TLB_BUILT_IN *, TLC_STREAM *stream, TLE_TERM *term
     return done;
 }
 
+/** An enumeration value that was not read from a byte can be negative, and stays so. */
+static bool keeps_sign(TLE_TERM *term)
+{
+    const TLE_TERM *argument = TLE_CallArgument(term, 0);
+    if (term->extra != 0 || argument == nullptr) return false;
+    return argument->kind == TLE_BUILT_IN || argument->kind == TLT_TOKEN_ASSIGN;
+}
+
 static int32_t abs_text(const TLB_BUILT_IN *, TLC_STREAM *stream, TLE_TERM *term)
 {
-    fputs("abs(", TLC_CFile(stream));
+    const bool is_plain = keeps_sign(term);
+    const char *word = is_c(stream) ? "((INT) (" : "((int) (";
+    fputs(is_plain ? word : "abs(", TLC_CFile(stream));
     const int32_t written = TLB_ArgumentCode(stream, term, 0);
-    fputs(")", TLC_CFile(stream));
+    fputs(is_plain ? "))" : ")", TLC_CFile(stream));
     return written;
 }
 

@@ -554,10 +554,18 @@ TEST(BuiltIns, CText)
         TLC_TARGET_C,
         {
             { "X = abs(Y - 1)", "  X=abs(toll_int(0u+Y-1));\n" },
+            { "X = abs(K)", "  X=abs(K);\n" },
+            { "X = abs(cast(Y, COLOUR))", "  X=((INT) (((COLOUR) (Y))));\n" },
             { "U = cast(X + Y, VOLTAGE)", "  U=((VOLTAGE) (toll_int(0u+X+Y)));\n" },
             { "X = cast(Y, CHAR)", "  X=((INT) (Y));\n" },
             { "X = min(X, Y + 1) * 2", "  X=toll_int(1u*min(X,toll_int(0u+Y+1))*2);\n" },
             { "X = max(X, Y)", "  X=max(X,Y);\n" },
+            // A C compiler may keep an enumeration unsigned, which would turn the order round.
+            { "X = cast(cast(Y, COLOUR) < K, INT)",
+              "  X=((INT) ((INT) (((COLOUR) (Y)))<(INT) (K)));\n" },
+            { "X = cast(min(K, GREEN) == K, INT)",
+              "  X=((INT) ((INT) (min(K,M_GREEN))==(INT) (K)));\n" },
+            { "X = cast(cast(Y, COLOUR) == K, INT)", "  X=((INT) (((COLOUR) (Y))==K));\n" },
             { "FL = to_float(X)", "  FL=(float) X;\n" },
             { "FL = to_float(X + Y)", "  FL=(float) (toll_int(0u+X+Y));\n" },
             { "FL = to_float(Q->LEFT)", "  FL=(float) Q->LEFT;\n" },
@@ -598,6 +606,9 @@ TEST(BuiltIns, JavaText)
             { "P = attr(C, \"POINT\", X)", "  P=C.getPOINT(X);\n" },
             { "O = create(OBJECT)", "  O=new OBJECT()\n;\n" },
             { "release(O)", "  ;\n" },
+            { "O = release(O)", "  O=O;\n" },
+            { "release(O = create(OBJECT))", "  O=new OBJECT()\n;\n" },
+            { "X = abs(K)", "  X=abs(K);\n" },
             { "S = cvts(U, V)",
               "  S=/*ERROR - No code generation for built-in-function 'cvts' */\n/*ERROR - No code "
               "generated for term */\n/*ERROR - No code generated for term */\n;\n" },
