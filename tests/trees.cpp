@@ -118,6 +118,7 @@ TEST(Trees, Messages)
     } const rows[] = {
         { "VOID", " NODE X A\n CASE RED, GREEN GOTO X\n",
           "6 3 All CASE values must be specified\n" },
+        { "VOID", " NODE X A\n LEAF Y\n", "6 3 All CASE values must be specified\n" },
         { "VOID", " NODE X 1\n CASE 1 GOTO X\n",
           "7 3 CASE values only permitted with enumerations\n" },
         { "VOID", " NODE X A\n CASE RED, GREEN, BLUE GOTO Y\n", "7 3 'Y' - Unknown identifier\n" },
@@ -150,6 +151,22 @@ TEST(Trees, Messages)
     };
     for (const ROW &row : rows) {
         EXPECT_EQ(messages_of(row.body, row.type), row.messages) << row.body;
+    }
+}
+
+TEST(Trees, AreListed)
+{
+    CompiledSource source(tree(" NODE X A\n CASE RED, BLUE GOTO Z\n CASE GREEN GOTO Y\n"
+                               " SUBTREE Y 1\n GOTO X\n LEAF Z\n"));
+    EXPECT_EQ(source.messages, "");
+    TLP_SetModuleOut(source.module, stdout);
+    testing::internal::CaptureStdout();
+    TLS_PrintBlock("ALL", TLIV_GetFunctionBlock(source.find("F")), 0);
+    std::string listing = testing::internal::GetCapturedStdout();
+    for (const char *part :
+         { "\n      NODE\n", "\n      CASE 2,0\n      goto Z\n      CASE 1\n      goto Y\n",
+           "\n      SUBTREE\n", "\n      GOTO X\n      LEAF\n" }) {
+        EXPECT_NE(listing.find(part), std::string::npos) << part << listing;
     }
 }
 
