@@ -111,21 +111,30 @@ static void print_own(const TLSC_IF *record, int32_t indent)
     TLS_PrintBlock("THEN", record->then_block, indent + 2);
 }
 
+/* Records of a chain beyond this one are listed at its column: a long chain would be all spaces. */
+static constexpr int32_t DEEPEST_OF_CHAIN = 100;
+
 /* Each record of a chain stands inside the ELSE before it, 4 columns further in. */
+static int32_t column_in_chain(int32_t indent, int32_t place)
+{
+    return indent + 4 * (place < DEEPEST_OF_CHAIN ? place : DEEPEST_OF_CHAIN);
+}
+
 static void print_if(TLS_STATEMENT *record, int32_t indent)
 {
-    int32_t level = indent;
+    int32_t place = 0;
     TLSC_IF *last = if_record(record);
-    print_own(last, level);
+    print_own(last, indent);
     for (TLSC_IF *at = TLSC_ChainNext(last); at != nullptr; at = TLSC_ChainNext(at)) {
-        TLS_PrintOpening("ELSE", level + 2);
-        level += 4;
-        print_own(at, level);
+        TLS_PrintOpening("ELSE", column_in_chain(indent, place++) + 2);
+        print_own(at, column_in_chain(indent, place));
         last = at;
     }
-    if (last->else_block != nullptr) TLS_PrintBlock("ELSE", last->else_block, level + 2);
-    for (; level > indent; level -= 4)
-        TLS_PrintClosing("ELSE", level - 2);
+    if (last->else_block != nullptr) {
+        TLS_PrintBlock("ELSE", last->else_block, column_in_chain(indent, place) + 2);
+    }
+    while (place > 0)
+        TLS_PrintClosing("ELSE", column_in_chain(indent, --place) + 2);
 }
 
 static void check_own(TLSC_IF *record)

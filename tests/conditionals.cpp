@@ -205,3 +205,16 @@ TEST(Conditionals, Listing)
                        "         RAISE\n       END ELSE\n   END ELSE\n"
                        " WHEN\n   THEN\n     END_EXCEPTION   END THEN\n");
 }
+
+TEST(Conditionals, ListingGrowsWithTheChain)
+{
+    size_t sizes[2];
+    for (int i = 0; i < 2; ++i) {
+        CompiledSource source(function(chain(500 * (i + 1))));
+        testing::internal::CaptureStdout();
+        TLS_STATEMENT *record = first_statement(source);
+        record->statement_class->print(record, 1);
+        sizes[i] = testing::internal::GetCapturedStdout().size();
+    }
+    EXPECT_LT(sizes[1], sizes[0] * 5 / 2);
+}
