@@ -306,20 +306,12 @@ int32_t fixed(uint32_t bits)
 
 bool compares(uint8_t code, int order)
 {
-    switch (code) {
-    case 61:
-        return order == 0;
-    case 62:
-        return order != 0;
-    case 63:
-        return order > 0;
-    case 64:
-        return order >= 0;
-    case 65:
-        return order < 0;
-    default:
-        return order <= 0;
-    }
+    if (code == EQ) return order == 0;
+    if (code == NEQ) return order != 0;
+    if (code == GTR) return order > 0;
+    if (code == GE) return order >= 0;
+    if (code == LESS) return order < 0;
+    return order <= 0;
 }
 
 uint32_t quotient(Machine *machine, uint8_t code, int32_t a, int32_t b)
@@ -328,7 +320,7 @@ uint32_t quotient(Machine *machine, uint8_t code, int32_t a, int32_t b)
         fail(machine, "division by zero");
         return 0;
     }
-    const int64_t wide = code == 51 ? int64_t{ a } / b : int64_t{ a } % b;
+    const int64_t wide = code == DIV ? int64_t{ a } / b : int64_t{ a } % b;
     return static_cast<uint32_t>(wide);
 }
 
@@ -336,31 +328,17 @@ uint32_t two_words(Machine *machine, uint8_t code, uint32_t a, uint32_t b)
 {
     const auto left = static_cast<int32_t>(a);
     const auto right = static_cast<int32_t>(b);
-    switch (code) {
-    case 48:
-        return a + b;
-    case 49:
-        return a - b;
-    case 50:
-        return a * b;
-    case 51:
-    case 52:
-        return quotient(machine, code, left, right);
-    case 55:
-        return a & b;
-    case 56:
-        return a | b;
-    case 57:
-        return a ^ b;
-    case 59:
-        return a << (b % 32);
-    case 60:
-        return static_cast<uint32_t>(left >> (b % 32));
-    case 96:
-        return b + 4 * a;
-    default:
-        return compares(code, left < right ? -1 : left > right) ? 1 : 0;
-    }
+    if (code == ADD) return a + b;
+    if (code == SUB) return a - b;
+    if (code == MUL) return a * b;
+    if (code == DIV || code == REM) return quotient(machine, code, left, right);
+    if (code == AND) return a & b;
+    if (code == OR) return a | b;
+    if (code == XOR) return a ^ b;
+    if (code == SL) return a << (b % 32);
+    if (code == SR) return static_cast<uint32_t>(left >> (b % 32));
+    if (code == ADW) return b + 4 * a;
+    return compares(code, left < right ? -1 : left > right) ? 1 : 0;
 }
 
 // Products and quotients of quantities, with the power of ten between their scales.
@@ -369,8 +347,8 @@ void scale(Machine *machine, uint8_t code)
     const double factor = static_cast<int32_t>(pop(machine));
     const double b = static_cast<int32_t>(pop(machine));
     const double a = static_cast<int32_t>(pop(machine));
-    if ((code == 86 ? factor : b) == 0) return fail(machine, "division by zero");
-    push(machine, static_cast<uint32_t>(scaled(code == 86 ? a * b / factor : a / b * factor)));
+    if ((code == SMUL ? factor : b) == 0) return fail(machine, "division by zero");
+    push(machine, static_cast<uint32_t>(scaled(code == SMUL ? a * b / factor : a / b * factor)));
 }
 
 void compare_texts(Machine *machine, uint8_t comparison)
@@ -410,17 +388,17 @@ void dispatch(Machine *machine, const uint8_t *operand, uint32_t at, bool has_de
 void shuffle(Machine *machine, uint8_t code)
 {
     const uint32_t top = pop(machine);
-    if (code == 78) return;
-    if (code == 76) {
+    if (code == POP) return;
+    if (code == DUP) {
         push(machine, top);
         return push(machine, top);
     }
     const uint32_t below = pop(machine);
-    if (code == 79) {
+    if (code == EXCH) {
         push(machine, top);
         return push(machine, below);
     }
-    if (code == 77) {
+    if (code == DUP2) {
         for (const uint32_t word : { below, top, below, top })
             push(machine, word);
         return;
@@ -432,33 +410,27 @@ void shuffle(Machine *machine, uint8_t code)
 
 bool jumps(Machine *machine, uint8_t code)
 {
-    if (code == 67) return true;
+    if (code == JUMP) return true;
     const auto value = static_cast<int32_t>(pop(machine));
-    switch (code) {
-    case 68:
-        return value == 0;
-    case 69:
-        return value != 0;
-    case 70:
-        return value < 0;
-    default:
-        return value >= 0;
-    }
+    if (code == JZ) return value == 0;
+    if (code == JNZ) return value != 0;
+    if (code == JN) return value < 0;
+    return value >= 0;
 }
 
 // SB, SW and SP to an address, SLB and SLW to a place in the frame; some leave the value.
 void store_code(Machine *machine, uint8_t code)
 {
-    const bool is_local = code == 43 || code == 44 || code == 108 || code == 109;
-    const bool is_byte = code == 43 || code == 45 || code == 106 || code == 108;
-    const bool drops = code >= 106 && code <= 109;
+    const bool is_local = code == SLB || code == SLW || code == SLBP || code == SLWP;
+    const bool is_byte = code == SLB || code == SB || code == SBP || code == SLBP;
+    const bool drops = code >= SBP && code <= SLWP;
     const int size = is_byte ? 1 : 4;
     const uint32_t place = pop(machine);
     const uint32_t value = pop(machine);
     if (machine->is_over) return;
     const uint32_t address = is_local ? local(machine, place, static_cast<uint32_t>(size)) : place;
     if (machine->is_over) return;
-    if (code == 110) {
+    if (code == SP) {
         store_pointer(machine, address, value);
     } else {
         store(machine, address, value, size);
@@ -468,34 +440,20 @@ void store_code(Machine *machine, uint8_t code)
 
 uint32_t one_word(Machine *machine, uint8_t code, uint32_t a)
 {
-    switch (code) {
-    case 35:
-    case 36: {
-        const int size = code == 35 ? 1 : 4;
+    if (code == LLB || code == LLW) {
+        const int size = code == LLB ? 1 : 4;
         const uint32_t address = local(machine, a, static_cast<uint32_t>(size));
         return machine->is_over ? 0 : load(machine, address, size);
     }
-    case 37:
-        return local(machine, a, 0);
-    case 41:
-        return load(machine, a, 1);
-    case 42:
-        return load(machine, a, 4);
-    case 47:
-        return a << 24;
-    case 53:
-        return 0 - a;
-    case 54:
-        return ~a;
-    case 58:
-        return a == 0 ? 1 : 0;
-    case 88:
-        return load_pointer(machine, a);
-    case 132:
-        return std::bit_cast<uint32_t>(static_cast<float>(static_cast<int32_t>(a)));
-    default:
-        return static_cast<uint32_t>(fixed(a));
-    }
+    if (code == LLA) return local(machine, a, 0);
+    if (code == LB || code == LW) return load(machine, a, code == LB ? 1 : 4);
+    if (code == LP) return load_pointer(machine, a);
+    if (code == ARGB) return a << 24;
+    if (code == NEG) return 0 - a;
+    if (code == INV) return ~a;
+    if (code == NOT) return a == 0 ? 1 : 0;
+    if (code == FIX) return static_cast<uint32_t>(fixed(a));
+    return std::bit_cast<uint32_t>(static_cast<float>(static_cast<int32_t>(a)));
 }
 
 void call_address(Machine *machine, uint32_t address)
@@ -504,145 +462,110 @@ void call_address(Machine *machine, uint32_t address)
     if (!machine->is_over) enter(machine, address, arguments);
 }
 
+struct Instruction {
+    const Image *image;
+    uint32_t at;
+    uint8_t code;
+    const uint8_t *operand;
+
+    // The operand as a number, by the size that the code's operand has.
+    uint32_t number() const { return read_number(operand, operand_size(code)); }
+    uint32_t distance() const
+    {
+        return static_cast<uint32_t>(signed_number(operand, operand_size(code)));
+    }
+    // Where the operand leads: an offset, or an address.
+    uint32_t place() const { return at + 1 + distance(); }
+    uint32_t target() const { return image->base + place(); }
+};
+
+// Codes that only push, load or compute.
+void compute(Machine *machine, const Instruction &it)
+{
+    if (it.code < SLIT) return push(machine, it.code);
+    if (it.code == LSA) return push(machine, it.number());
+    if (it.code == LCA) return push(machine, it.target());
+    if (it.code <= LIT) return push(machine, it.distance());
+    if (it.code == CHECK) return check_index(machine);
+    if (it.code == STRCMP) return compare_texts(machine, it.operand[0]);
+    if (it.code == SMUL || it.code == SDIV) return scale(machine, it.code);
+    const bool has_two =
+        (it.code >= ADD && it.code <= LE && it.code != NEG && it.code != INV && it.code != NOT) ||
+        it.code == ADW;
+    const uint32_t top = pop(machine);
+    if (!has_two) return push(machine, one_word(machine, it.code, top));
+    push(machine, two_words(machine, it.code, pop(machine), top));
+}
+
+// What objects, attributes, conversions and data found by name do is outside of the program.
+void ask_outside(Machine *machine, const Instruction &it)
+{
+    if (it.code == CVT) return ask_words(machine, "CVT", 2, it.number());
+    if (it.code == ATTR)
+        return ask_words(machine, "ATTR", it.operand[0] & 0x80 ? 3 : 2, it.number());
+    if (it.code == CREATE) return ask_words(machine, "CREATE", 1, std::nullopt);
+    if (it.code == RELEASE) return ask_words(machine, "RELEASE", 1, std::nullopt);
+    if (it.code == GET) return ask_words(machine, "GET", 1, it.number());
+    if (it.code == PUT) return ask_words(machine, "PUT", 1, it.number());
+    if (it.code == FIELD_ATTR) return ask_words(machine, "ATTR", 1, it.number());
+    if (it.code == ATTR_INDEX) return ask_words(machine, "ATTR_INDEX", 2, it.number());
+    if (it.code == FIND_DATA) return ask_words(machine, "FIND_DATA", 2, std::nullopt);
+    if (it.code == FIND_COM) return ask_words(machine, "FIND_COM", 2, std::nullopt);
+    if (it.code == FIND_IMMEDIATE) return ask_words(machine, "FIND_IMMEDIATE", 2, std::nullopt);
+    return ask_words(machine, "UPB", 2, std::nullopt);
+}
+
+void jump(Machine *machine, const Instruction &it)
+{
+    if (jumps(machine, it.code)) machine->frames.back().next = it.place();
+}
+
+void pass(Machine *machine, const Instruction &it)
+{
+    if (it.code == LINE) machine->frames.back().line = it.number();
+    if (it.code == LOCAL_SCOPE) machine->frames.back().scope = machine->frames.size() - 1;
+    if (it.code == ARGS || it.code == START_VARIANT)
+        machine->open_calls.push_back(machine->stack.size());
+}
+
+void call(Machine *machine, const Instruction &it)
+{
+    if (it.code == SYSCALL || it.code == SHORT_SYSCALL)
+        return call_system(machine, *it.image, it.number());
+    call_address(machine, it.code == CALL ? it.target() : pop(machine));
+}
+
 void step(Machine *machine)
 {
     Frame &frame = machine->frames.back();
     const Image &image = machine->program->images[frame.function->image];
     const uint32_t at = frame.next;
-    const uint8_t code = image.code[at];
-    const uint8_t *operand = image.code.data() + at + 1;
-    const uint32_t here = image.base + at + 1;
+    const Instruction it{ &image, at, image.code[at], image.code.data() + at + 1 };
     if (const auto user = image.user_codes.find(at); user != image.user_codes.end()) {
         frame.next = at + 1;
-        return ask(machine, user->second + ":" + std::to_string(code), take_arguments(machine));
+        return ask(machine, user->second + ":" + std::to_string(it.code), take_arguments(machine));
     }
-    frame.next = at + 1 + static_cast<uint32_t>(operand_size(code));
-    const bool has_field = code == 40 || code == 73 || code == 120;
+    frame.next = at + 1 + static_cast<uint32_t>(operand_size(it.code));
+    const bool has_field =
+        it.code == LIT || it.code == LCA || it.code == CALL || it.code == FIND_SCOPE;
     if (has_field && image.unresolved.count(at + 1) != 0)
         return fail(machine, "reference to nothing");
-    if (code < 32) return push(machine, code);
-    switch (code) {
-    case 32:
-        return push(machine, static_cast<uint32_t>(signed_number(operand, 1)));
-    case 33:
-        return push(machine, static_cast<uint32_t>(signed_number(operand, 2)));
-    case 34:
-    case 38:
-        return push(machine, read_number(operand, 4));
-    case 40:
-        return push(machine, here + read_number(operand, 4));
-    case 35:
-    case 36:
-    case 37:
-    case 41:
-    case 42:
-    case 47:
-    case 53:
-    case 54:
-    case 58:
-    case 88:
-    case 132:
-    case 133:
-        return push(machine, one_word(machine, code, pop(machine)));
-    case 43:
-    case 44:
-    case 45:
-    case 46:
-    case 106:
-    case 107:
-    case 108:
-    case 109:
-    case 110:
-        return store_code(machine, code);
-    case 67:
-    case 68:
-    case 69:
-    case 70:
-    case 71:
-        if (jumps(machine, code))
-            frame.next = at + 1 + static_cast<uint32_t>(signed_number(operand, 2));
-        return;
-    case 72:
-    case 113:
-        return machine->open_calls.push_back(machine->stack.size());
-    case 73:
-        return call_address(machine, here + read_number(operand, 4));
-    case 74:
-        return leave(machine);
-    case 75:
-    case 114:
-        return;
-    case 76:
-    case 77:
-    case 78:
-    case 79:
-    case 111:
-        return shuffle(machine, code);
-    case 80:
-        return finish(machine, Outcome::STOPPED, 0, 0);
-    case 81:
-        return call_system(machine, image, read_number(operand, 2));
-    case 112:
-        return call_system(machine, image, operand[0]);
-    case 82:
-        frame.line = read_number(operand, 2);
-        return;
-    case 83:
-    case 84:
-        return dispatch(machine, operand, at, code == 83);
-    case 86:
-    case 87:
-        return scale(machine, code);
-    case 89:
-        return check_index(machine);
-    case 97:
-        return pass_exception(machine, at,
-                              at + 1 + static_cast<uint32_t>(signed_number(operand, 2)));
-    case 98:
-        return raise(machine);
-    case 99:
-        return end_handler(machine, operand[0]);
-    case 101:
-        return ask_words(machine, "CVT", 2, operand[0]);
-    case 102:
-        return ask_words(machine, "ATTR", operand[0] & 0x80 ? 3 : 2, operand[0]);
-    case 103:
-        return call_address(machine, pop(machine));
-    case 104:
-        return copy_block(machine);
-    case 105:
-        return compare_texts(machine, operand[0]);
-    case 116:
-        return ask_words(machine, "CREATE", 1, std::nullopt);
-    case 117:
-        return ask_words(machine, "RELEASE", 1, std::nullopt);
-    case 118:
-        return ask_words(machine, "GET", 1, read_number(operand, 2));
-    case 119:
-        return ask_words(machine, "PUT", 1, read_number(operand, 2));
-    case 120:
-        return find_scope(machine, here + read_number(operand, 4));
-    case 121:
-        frame.scope = machine->frames.size() - 1;
-        return;
-    case 135:
-        return ask_words(machine, "ATTR", 1, read_number(operand, 2));
-    case 136:
-        return ask_words(machine, "FIND_DATA", 2, std::nullopt);
-    case 137:
-        return ask_words(machine, "FIND_COM", 2, std::nullopt);
-    case 142:
-        return ask_words(machine, "FIND_IMMEDIATE", 2, std::nullopt);
-    case 143:
-        return ask_words(machine, "ATTR_INDEX", 2, read_number(operand, 2));
-    case 145:
-        return ask_words(machine, "UPB", 2, std::nullopt);
-    default: {
-        const uint32_t b = pop(machine);
-        const uint32_t a = pop(machine);
-        return push(machine, two_words(machine, code, a, b));
-    }
-    }
+    const Action what = action(it.code);
+    if (what == Action::COMPUTE) return compute(machine, it);
+    if (what == Action::STORE) return store_code(machine, it.code);
+    if (what == Action::SHUFFLE) return shuffle(machine, it.code);
+    if (what == Action::JUMP) return jump(machine, it);
+    if (what == Action::TABLE) return dispatch(machine, it.operand, at, it.code == SWITCH);
+    if (what == Action::CALL) return call(machine, it);
+    if (what == Action::RETURN) return leave(machine);
+    if (what == Action::STOP) return finish(machine, Outcome::STOPPED, 0, 0);
+    if (what == Action::EXCEPTION) return pass_exception(machine, at, it.place());
+    if (what == Action::RAISE) return raise(machine);
+    if (what == Action::END_HANDLER) return end_handler(machine, it.operand[0]);
+    if (what == Action::COPY) return copy_block(machine);
+    if (what == Action::SCOPE) return find_scope(machine, it.target());
+    if (what == Action::OUTSIDE) return ask_outside(machine, it);
+    return pass(machine, it);
 }
 
 std::optional<uint32_t> find_function(const Program &program, const std::string &name)

@@ -16,6 +16,39 @@ namespace evaluator
 
 using Words = std::vector<uint32_t>;
 
+// The operation codes; those below 32 stand for themselves.
+// clang-format off
+enum Code : uint8_t {
+    SLIT = 32, MLIT, LIT, LLB, LLW, LLA, LSA, LSI, LCA, LB, LW, SLB, SLW, SB, SW, ARGB, ADD, SUB,
+    MUL, DIV, REM, NEG, INV, AND, OR, XOR, NOT, SL, SR, EQ, NEQ, GTR, GE, LESS, LE, JUMP, JZ, JNZ,
+    JN, JNN, ARGS, CALL, RET, ALLOC, DUP, DUP2, POP, EXCH, STOP, SYSCALL, LINE, SWITCH, NODE, NOP,
+    SMUL, SDIV, LP, CHECK, ADW = 96, EXCEPTION, RAISE, END_EXCEPTION, SEQ, CVT, ATTR, CALLI, COPYB,
+    STRCMP, SBP, SWP, SLBP, SLWP, SP, ROT3, SHORT_SYSCALL, START_VARIANT, VARIANTARG, DISPATCH,
+    CREATE, RELEASE, GET, PUT, FIND_SCOPE, LOCAL_SCOPE, FADD, FSUB, FMUL, FDIV, FREM, FNEG, FGTR,
+    FGE, FLESS, FLE, FLOAT, FIX, BREAKPOINT, FIELD_ATTR, FIND_DATA, FIND_COM, LLS, SLS, LS, SS,
+    FIND_IMMEDIATE, ATTR_INDEX, SET_ATTR, UPB,
+};
+// clang-format on
+
+// What running a code comes down to.
+enum class Action {
+    NOTHING,
+    COMPUTE,
+    STORE,
+    SHUFFLE,
+    JUMP,
+    TABLE,
+    CALL,
+    RETURN,
+    STOP,
+    EXCEPTION,
+    RAISE,
+    END_HANDLER,
+    COPY,
+    SCOPE,
+    OUTSIDE
+};
+
 // A function as far as running it needs: where it is, how large its frame is, and for each opening
 // EXCEPTION the place where its handler ends.
 struct Function {
@@ -71,6 +104,8 @@ const Function *verify_function(Program *program, uint32_t address);
 
 // Bytes of operand behind a code, those of SWITCH and NODE without their tables; -1: no such code.
 int operand_size(uint8_t code);
+
+Action action(uint8_t code);
 
 uint32_t read_number(const uint8_t *bytes, int size);
 int32_t signed_number(const uint8_t *bytes, int size);

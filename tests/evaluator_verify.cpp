@@ -2,100 +2,90 @@
 // place the same stack whichever way leads there.
 #include "evaluator.h"
 
+#include <algorithm>
+
 namespace evaluator
 {
 
 namespace
 {
 
-// What a code takes from the stack and leaves on it. Codes without a row do not exist or are never
-// produced.
-struct Code {
+// What the codes from first to last have behind them, take from the stack, leave on it, and do. Codes
+// without a row do not exist or are never produced.
+struct Row {
+    uint8_t first = 0;
+    uint8_t last = 0;
     int8_t operand = -1;
     int8_t takes = 0;
     int8_t leaves = 0;
-};
-
-struct Row {
-    uint8_t first;
-    uint8_t last;
-    Code code;
+    Action action = Action::NOTHING;
 };
 
 constexpr Row rows[] = {
-    { 0, 31, { 0, 0, 1 } },    // literals
-    { 32, 32, { 1, 0, 1 } },   // SLIT
-    { 33, 33, { 2, 0, 1 } },   // MLIT
-    { 34, 34, { 4, 0, 1 } },   // LIT
-    { 35, 37, { 0, 1, 1 } },   // LLB LLW LLA
-    { 38, 38, { 4, 0, 1 } },   // LSA
-    { 40, 40, { 4, 0, 1 } },   // LCA
-    { 41, 42, { 0, 1, 1 } },   // LB LW
-    { 43, 46, { 0, 2, 1 } },   // SLB SLW SB SW
-    { 47, 47, { 0, 1, 1 } },   // ARGB
-    { 48, 52, { 0, 2, 1 } },   // ADD SUB MUL DIV REM
-    { 53, 54, { 0, 1, 1 } },   // NEG INV
-    { 55, 57, { 0, 2, 1 } },   // AND OR XOR
-    { 58, 58, { 0, 1, 1 } },   // NOT
-    { 59, 66, { 0, 2, 1 } },   // SL SR EQ NEQ GTR GE LESS LE
-    { 67, 67, { 2, 0, 0 } },   // JUMP
-    { 68, 71, { 2, 1, 0 } },   // JZ JNZ JN JNN
-    { 72, 72, { 0, 0, 0 } },   // ARGS
-    { 73, 73, { 4, 0, 0 } },   // CALL
-    { 74, 74, { 0, 1, 0 } },   // RET
-    { 75, 75, { 2, 0, 0 } },   // ALLOC
-    { 76, 76, { 0, 1, 2 } },   // DUP
-    { 77, 77, { 0, 2, 4 } },   // DUP2
-    { 78, 78, { 0, 1, 0 } },   // POP
-    { 79, 79, { 0, 2, 2 } },   // EXCH
-    { 80, 80, { 0, 0, 0 } },   // STOP
-    { 81, 81, { 2, 0, 0 } },   // SYSCALL
-    { 82, 82, { 2, 0, 0 } },   // LINE
-    { 83, 84, { 1, 1, 0 } },   // SWITCH NODE
-    { 86, 87, { 0, 3, 1 } },   // SMUL SDIV
-    { 88, 88, { 0, 1, 1 } },   // LP
-    { 89, 89, { 0, 2, 1 } },   // CHECK
-    { 96, 96, { 0, 2, 1 } },   // ADW
-    { 97, 97, { 2, 1, 0 } },   // EXCEPTION
-    { 98, 98, { 0, 2, 0 } },   // RAISE
-    { 99, 99, { 1, 0, 0 } },   // END_EXCEPTION
-    { 101, 101, { 1, 2, 1 } }, // CVT
-    { 102, 102, { 1, 2, 1 } }, // ATTR of an object, one more with an index
-    { 103, 103, { 0, 1, 0 } }, // CALLI
-    { 104, 104, { 0, 3, 0 } }, // COPYB
-    { 105, 105, { 1, 2, 1 } }, // STRCMP
-    { 106, 109, { 0, 2, 0 } }, // SBP SWP SLBP SLWP
-    { 110, 110, { 0, 2, 1 } }, // SP
-    { 111, 111, { 0, 3, 3 } }, // ROT3
-    { 112, 112, { 1, 0, 0 } }, // SHORT_SYSCALL
-    { 113, 113, { 0, 0, 0 } }, // START_VARIANT
-    { 114, 114, { 2, 1, 1 } }, // VARIANTARG
-    { 116, 117, { 0, 1, 1 } }, // CREATE RELEASE
-    { 118, 119, { 2, 1, 1 } }, // GET PUT
-    { 120, 120, { 4, 0, 0 } }, // FIND_SCOPE
-    { 121, 121, { 0, 0, 0 } }, // LOCAL_SCOPE
-    { 132, 133, { 0, 1, 1 } }, // FLOAT FIX
-    { 135, 135, { 2, 1, 1 } }, // ATTR of a field
-    { 136, 137, { 0, 2, 1 } }, // FIND_DATA FIND_COM
-    { 142, 142, { 0, 2, 1 } }, // FIND_IMMEDIATE
-    { 143, 143, { 2, 2, 1 } }, // ATTR_INDEX
-    { 145, 145, { 0, 2, 1 } }, // UPB
+    { 0, SLIT - 1, 0, 0, 1, Action::COMPUTE },
+    { SLIT, SLIT, 1, 0, 1, Action::COMPUTE },
+    { MLIT, MLIT, 2, 0, 1, Action::COMPUTE },
+    { LIT, LIT, 4, 0, 1, Action::COMPUTE },
+    { LLB, LLA, 0, 1, 1, Action::COMPUTE },
+    { LSA, LSA, 4, 0, 1, Action::COMPUTE },
+    { LCA, LCA, 4, 0, 1, Action::COMPUTE },
+    { LB, LW, 0, 1, 1, Action::COMPUTE },
+    { SLB, SW, 0, 2, 1, Action::STORE },
+    { ARGB, ARGB, 0, 1, 1, Action::COMPUTE },
+    { ADD, REM, 0, 2, 1, Action::COMPUTE },
+    { NEG, INV, 0, 1, 1, Action::COMPUTE },
+    { AND, XOR, 0, 2, 1, Action::COMPUTE },
+    { NOT, NOT, 0, 1, 1, Action::COMPUTE },
+    { SL, LE, 0, 2, 1, Action::COMPUTE },
+    { JUMP, JUMP, 2, 0, 0, Action::JUMP },
+    { JZ, JNN, 2, 1, 0, Action::JUMP },
+    { ARGS, ARGS, 0, 0, 0, Action::NOTHING },
+    { CALL, CALL, 4, 0, 0, Action::CALL },
+    { RET, RET, 0, 1, 0, Action::RETURN },
+    { ALLOC, ALLOC, 2, 0, 0, Action::NOTHING },
+    { DUP, DUP, 0, 1, 2, Action::SHUFFLE },
+    { DUP2, DUP2, 0, 2, 4, Action::SHUFFLE },
+    { POP, POP, 0, 1, 0, Action::SHUFFLE },
+    { EXCH, EXCH, 0, 2, 2, Action::SHUFFLE },
+    { STOP, STOP, 0, 0, 0, Action::STOP },
+    { SYSCALL, SYSCALL, 2, 0, 0, Action::CALL },
+    { LINE, LINE, 2, 0, 0, Action::NOTHING },
+    { SWITCH, NODE, 1, 1, 0, Action::TABLE },
+    { SMUL, SDIV, 0, 3, 1, Action::COMPUTE },
+    { LP, LP, 0, 1, 1, Action::COMPUTE },
+    { CHECK, CHECK, 0, 2, 1, Action::COMPUTE },
+    { ADW, ADW, 0, 2, 1, Action::COMPUTE },
+    { EXCEPTION, EXCEPTION, 2, 1, 0, Action::EXCEPTION },
+    { RAISE, RAISE, 0, 2, 0, Action::RAISE },
+    { END_EXCEPTION, END_EXCEPTION, 1, 0, 0, Action::END_HANDLER },
+    { CVT, ATTR, 1, 2, 1, Action::OUTSIDE }, // ATTR with an index takes one more
+    { CALLI, CALLI, 0, 1, 0, Action::CALL },
+    { COPYB, COPYB, 0, 3, 0, Action::COPY },
+    { STRCMP, STRCMP, 1, 2, 1, Action::COMPUTE },
+    { SBP, SLWP, 0, 2, 0, Action::STORE },
+    { SP, SP, 0, 2, 1, Action::STORE },
+    { ROT3, ROT3, 0, 3, 3, Action::SHUFFLE },
+    { SHORT_SYSCALL, SHORT_SYSCALL, 1, 0, 0, Action::CALL },
+    { START_VARIANT, START_VARIANT, 0, 0, 0, Action::NOTHING },
+    { VARIANTARG, VARIANTARG, 2, 1, 1, Action::NOTHING },
+    { CREATE, RELEASE, 0, 1, 1, Action::OUTSIDE },
+    { GET, PUT, 2, 1, 1, Action::OUTSIDE },
+    { FIND_SCOPE, FIND_SCOPE, 4, 0, 0, Action::SCOPE },
+    { LOCAL_SCOPE, LOCAL_SCOPE, 0, 0, 0, Action::NOTHING },
+    { FLOAT, FIX, 0, 1, 1, Action::COMPUTE },
+    { FIELD_ATTR, FIELD_ATTR, 2, 1, 1, Action::OUTSIDE },
+    { FIND_DATA, FIND_COM, 0, 2, 1, Action::OUTSIDE },
+    { FIND_IMMEDIATE, FIND_IMMEDIATE, 0, 2, 1, Action::OUTSIDE },
+    { ATTR_INDEX, ATTR_INDEX, 2, 2, 1, Action::OUTSIDE },
+    { UPB, UPB, 0, 2, 1, Action::OUTSIDE },
 };
 
-Code find_row(uint8_t code)
+const Row &describe(uint8_t code)
 {
-    for (const Row &row : rows) {
-        if (code >= row.first && code <= row.last) return row.code;
-    }
-    return {};
-}
-
-Code describe(uint8_t code)
-{
-    static const std::vector<Code> table = [] {
-        std::vector<Code> codes(256);
-        for (int i = 0; i < 256; ++i)
-            codes[static_cast<size_t>(i)] = find_row(static_cast<uint8_t>(i));
+    static const std::vector<Row> table = [] {
+        std::vector<Row> codes(256);
+        for (const Row &row : rows)
+            std::fill(&codes[row.first], &codes[row.last] + 1, row);
         return codes;
     }();
     return table[code];
@@ -173,8 +163,8 @@ uint32_t instruction_size(const Image &image, uint32_t at)
     const int operand = describe(code).operand;
     if (operand < 0) return 0;
     uint32_t size = 1 + static_cast<uint32_t>(operand);
-    if ((code == 83 || code == 84) && at + 1 < image.code.size())
-        size += 2U * (image.code[at + 1] + (code == 83 ? 1U : 0U));
+    if ((code == SWITCH || code == NODE) && at + 1 < image.code.size())
+        size += 2U * (image.code[at + 1] + (code == SWITCH ? 1U : 0U));
     return size;
 }
 
@@ -216,7 +206,7 @@ std::optional<uint32_t> handler_end(const Image &image, uint32_t from, int64_t t
         const auto place = static_cast<uint32_t>(at);
         const uint32_t size = instruction_size(image, place);
         if (size == 0) return std::nullopt;
-        if (image.code[place] == 99 && image.code[place + 1] == 1) end = place + 2;
+        if (image.code[place] == END_EXCEPTION && image.code[place + 1] == 1) end = place + 2;
         at += size;
     }
     return end;
@@ -268,17 +258,18 @@ bool check_operand(Verifier *verifier, uint32_t at, const State &state)
 {
     const Image &image = *verifier->image;
     const uint8_t code = image.code[at];
-    if (code == 40) return check_target(verifier, at, false);
-    if (code == 73 || code == 120) return check_target(verifier, at, true);
-    if (code == 75 && at != verifier->function->entry)
+    if (code == LCA) return check_target(verifier, at, false);
+    if (code == CALL || code == FIND_SCOPE) return check_target(verifier, at, true);
+    if (code == ALLOC && at != verifier->function->entry)
         return fail(verifier, at, "ALLOC behind the start");
-    if (code == 75 && image.code[at + 2] % 2 != 0) return fail(verifier, at, "odd frame size");
-    if (code == 105 && (image.code[at + 1] < 61 || image.code[at + 1] > 66))
+    if (code == ALLOC && image.code[at + 2] % 2 != 0) return fail(verifier, at, "odd frame size");
+    if (code == STRCMP && (image.code[at + 1] < EQ || image.code[at + 1] > LE))
         return fail(verifier, at, "operand of STRCMP");
-    if (code == 101 && (image.code[at + 1] & ~0x11) != 0)
+    if (code == CVT && (image.code[at + 1] & ~0x11) != 0)
         return fail(verifier, at, "operand of CVT");
-    if (code == 114 && state.calls.empty()) return fail(verifier, at, "argument without a call");
-    if (code == 74 && !state.calls.empty()) return fail(verifier, at, "returns with an open call");
+    if (code == VARIANTARG && state.calls.empty())
+        return fail(verifier, at, "argument without a call");
+    if (code == RET && !state.calls.empty()) return fail(verifier, at, "returns with an open call");
     return true;
 }
 
@@ -290,38 +281,20 @@ bool go_on(Verifier *verifier, uint32_t at, uint32_t size, State state)
     const uint8_t code = image.code[at];
     const int64_t next = int64_t{ at } + size;
     const auto jump = [&] { return int64_t{ at } + 1 + signed_number(&image.code[at + 1], 2); };
-    if (is_user_code || code == 73 || code == 81 || code == 103 || code == 112)
-        return finish_call(verifier, at, &state) && reach(verifier, at, next, state);
-    switch (code) {
-    case 67:
-        return reach(verifier, at, jump(), state);
-    case 68:
-    case 69:
-    case 70:
-    case 71:
-        return reach(verifier, at, jump(), state) && reach(verifier, at, next, state);
-    case 72:
-    case 113:
+    const Action what = is_user_code ? Action::CALL : action(code);
+    const bool stops = what == Action::RETURN || what == Action::STOP || what == Action::RAISE;
+    if (stops) return true;
+    if (what == Action::CALL && !finish_call(verifier, at, &state)) return false;
+    if (what == Action::TABLE) return pass_table(verifier, at, size, state);
+    if (what == Action::EXCEPTION) return pass_exception(verifier, at, std::move(state));
+    if (what == Action::END_HANDLER) return end_handler(verifier, at, std::move(state));
+    if (what == Action::JUMP && !reach(verifier, at, jump(), state)) return false;
+    if (what == Action::JUMP && code == JUMP) return true;
+    if (!is_user_code && (code == ARGS || code == START_VARIANT))
         state.calls.push_back(state.depth);
-        return reach(verifier, at, next, state);
-    case 74:
-    case 80:
-    case 98:
-        return true;
-    case 83:
-    case 84:
-        return pass_table(verifier, at, size, state);
-    case 97:
-        return pass_exception(verifier, at, std::move(state));
-    case 99:
-        return end_handler(verifier, at, std::move(state));
-    case 120:
-    case 121:
-        state.is_away = code == 120;
-        return reach(verifier, at, next, state);
-    default:
-        return reach(verifier, at, next, state);
-    }
+    if (!is_user_code && (code == FIND_SCOPE || code == LOCAL_SCOPE))
+        state.is_away = code == FIND_SCOPE;
+    return reach(verifier, at, next, state);
 }
 
 bool pass_instruction(Verifier *verifier, uint32_t at)
@@ -335,8 +308,8 @@ bool pass_instruction(Verifier *verifier, uint32_t at)
     State state = verifier->states[at];
     if (image.user_codes.count(at) != 0) return go_on(verifier, at, size, state);
     if (!check_operand(verifier, at, state)) return false;
-    const Code described = describe(code);
-    const uint32_t more = code == 102 && (image.code[at + 1] & 0x80) != 0 ? 1 : 0;
+    const Row &described = describe(code);
+    const uint32_t more = code == ATTR && (image.code[at + 1] & 0x80) != 0 ? 1 : 0;
     if (!take(verifier, at, &state, static_cast<uint32_t>(described.takes) + more)) return false;
     state.depth += static_cast<uint32_t>(described.leaves);
     return go_on(verifier, at, size, std::move(state));
@@ -355,7 +328,7 @@ void verify_one(Program *program, uint32_t address, std::vector<uint32_t> *entri
     function.name = named != image.functions.end()
                         ? named->second
                         : image.name + "+" + std::to_string(function.entry);
-    if (image.code[function.entry] == 75 && function.entry + 2 < image.code.size())
+    if (image.code[function.entry] == ALLOC && function.entry + 2 < image.code.size())
         function.frame_size = read_number(&image.code[function.entry + 1], 2);
     Verifier verifier{ program, &image, &function, {}, {}, entries };
     reach(&verifier, function.entry, function.entry, {});
@@ -380,6 +353,11 @@ void verify_all(Program *program, std::vector<uint32_t> entries)
 int operand_size(uint8_t code)
 {
     return describe(code).operand;
+}
+
+Action action(uint8_t code)
+{
+    return describe(code).action;
 }
 
 void verify(Program *program)

@@ -8,9 +8,7 @@ namespace
 
 using Bytes = std::vector<uint8_t>;
 
-enum : uint8_t { LIT = 34, LLW = 36, LCA = 40, ADD = 48, JUMP = 67, JZ = 68, ARGS = 72, CALL = 73 };
-enum : uint8_t { RET = 74, ALLOC = 75, POP = 78, STOP = 80, SWITCH = 83, EXCEPTION = 97 };
-enum : uint8_t { RAISE = 98, END_EXCEPTION = 99, CALLI = 103, STRCMP = 105 };
+using enum evaluator::Code;
 
 // A module M of these bytes, with its first one as the function M.f.
 evaluator::Program module_of(const Bytes &code)
