@@ -141,6 +141,6 @@ using Hooks = std::map<std::string, Hook>;
 
 // Runs a function by its symbol, for at most so many instructions.
 Result run(Program *program, const std::string &function, const Words &arguments,
-           const Hooks &hooks = {}, uint64_t limit = 10'000'000);
+           const Hooks &hooks = {}, uint64_t limit = 2'000'000);
 
 } // namespace evaluator
