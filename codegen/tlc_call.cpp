@@ -31,7 +31,7 @@ static void start_c_call(TLC_STREAM *stream, TLI_IDENTIFIER *function, int32_t d
 {
     char name[TLCC_NAME_CAPACITY];
     TLCC_Name(function, name);
-    std::fprintf(stream->file, direct ? "%s(" : "(*%s)(", name);
+    std::fprintf(stream->file, direct ? "%s(" : "(*toll_called(%s))(", name);
 }
 
 void TLC_StartCall(TLC_STREAM *stream, TLI_IDENTIFIER *function, int32_t direct)

@@ -369,7 +369,15 @@ int32_t TLE_TermCode(TLC_STREAM *stream, TLE_TERM *term, int32_t mode)
         emitted = nullptr;
         return 1;
     }
-    return any_code(stream, term, mode) ? 1 : report_uncoded(stream, term);
+    const int32_t placeholders = stream->text.placeholders;
+    if (any_code(stream, term, mode)) return 1;
+    report_uncoded(stream, term);
+    /* C wants something to stand where the innermost value is missing. */
+    if (stream->target == TLC_TARGET_C && stream->text.placeholders == placeholders) {
+        std::fputs("0", stream->file);
+        stream->text.placeholders++;
+    }
+    return 0;
 }
 
 void TLE_ExpressionCode(TLC_STREAM *stream, TLE_TERM *term, int32_t mode)

@@ -570,19 +570,20 @@ TEST(BuiltIns, CText)
             { "FL = to_float(X + Y)", "  FL=(float) (toll_int(0u+X+Y));\n" },
             { "FL = to_float(Q->LEFT)", "  FL=(float) Q->LEFT;\n" },
             { "X = round(FL) + 1", "  X=toll_int(0u+toll_round(FL)+1);\n" },
-            { "X = upb(A)", "  X=/*ERROR - Runtime 'upb' not possible in 'C' */\n/*ERROR - No code "
-                            "generated for term */\n/*ERROR - No code generated for term */\n;\n" },
+            { "X = upb(A)",
+              "  X=/*ERROR - Runtime 'upb' not possible in 'C' */\n/*ERROR - No code "
+              "generated for term */\n0/*ERROR - No code generated for term */\n;\n" },
             { "ANY = cvt(U, V)",
               "  ANY=/*ERROR - No code generation for built-in-function 'cvt' */\n/*ERROR - No "
-              "code generated for term */\n/*ERROR - No code generated for term */\n;\n" },
+              "code generated for term */\n0/*ERROR - No code generated for term */\n;\n" },
             { "T = attr(C, \"NAME\")",
               "  T=/*ERROR - No code generation for built-in-function 'attr' */\n/*ERROR - No code "
-              "generated for term */\n/*ERROR - No code generated for term */\n;\n" },
+              "generated for term */\n0/*ERROR - No code generated for term */\n;\n" },
             { "O = create(OBJECT)",
               "  O=/*ERROR - No code generation for built-in-function 'create' */\n/*ERROR - No "
-              "code generated for term */\n/*ERROR - No code generated for term */\n;\n" },
+              "code generated for term */\n0/*ERROR - No code generated for term */\n;\n" },
             { "release(O)", "  /*ERROR - No code generation for built-in-function 'release' "
-                            "*/\n/*ERROR - No code generated for term */\n;\n" },
+                            "*/\n/*ERROR - No code generated for term */\n0;\n" },
         });
 }
 

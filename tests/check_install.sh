@@ -23,3 +23,27 @@ cmake --build "$scratch/build" >/dev/null
 
 "$scratch/usr/bin/toll" --version | grep -q '^toll '
 "$scratch/usr/bin/pkob" --version | grep -q '^pkob '
+
+# What C from a source needs of the installed tree.
+cp "$source/examples/hardware.tl" "$source/examples/tolerance.tl" "$source/examples/relay_test.tl" "$scratch"
+cd "$scratch"
+"$scratch/usr/bin/toll" --target=c hardware.tl tolerance.tl relay_test.tl
+cat >main.c <<'END'
+#include <tollrt.h>
+#include "hardware.h"
+#include "relay_test.h"
+static VOLTAGE measure(INT channel) { return channel == 0 ? 12600 : 12550; }
+static BOOL set_output(INT channel, SWITCH_STATE state) { return channel == 5 && state <= 2; }
+static VOID pause(TIME length) { (void)length; }
+int main(void)
+{
+    toll_set_syscall(16, (TOLL_FUNCTION)measure);
+    toll_set_syscall(32, (TOLL_FUNCTION)set_output);
+    toll_set_syscall(34, (TOLL_FUNCTION)pause);
+    return RELAY_TEST_contact_ok() && RELAY_TEST_coil_current(12000, 8000) == 150 ? 0 : 1;
+}
+END
+flags=$(pkg-config --define-variable=prefix="$scratch/usr" --cflags --libs tollrt)
+# shellcheck disable=SC2086  # the flags are words
+"$cc" -std=c11 -Wall -Wextra -Werror -I. main.c relay_test.c tolerance.c hardware.c $flags -o client_toll
+./client_toll

@@ -53,10 +53,10 @@ is [ ! -e bad.kob ]
 cp good.kob before
 expect 1 "missing.tl: File cannot be opened" "$toll" missing.tl
 expect 1 "No such file" "$toll" -o nowhere/x.kob good.tl
-mkdir deep/taken.kob
-expect 1 "Not a regular file" "$toll" -o deep/taken.kob good.tl
+mkfifo deep/pipe
+expect 1 "Not a regular file" "$toll" -o deep/pipe good.tl
 expect 0 "" "$toll" -o deep good.tl
-[ -s deep/good.kob ]
+is [ -s deep/good.kob ]
 expect 1 "Output is a source" "$toll" -o good.tl good.tl
 is grep -q MODULE good.tl
 (trap '' XFSZ; ulimit -f 0; "$toll" -o good.kob other.tl) >out 2>/dev/null

@@ -232,7 +232,7 @@ TEST(ExpressionText, C)
         { "BY_VAR(X)", "M_BY_VAR(&X);" },
         { "BY_VAR(R:LEFT)", "M_BY_VAR(&R.LEFT);" },
         { "ONE(NONE())", "M_ONE(M_NONE());" },
-        { "H(X)", "(*H)(X);" },
+        { "H(X)", "(*toll_called(H))(X);" },
         { "X = V", "X=(*V);" },
         { "BY_VAR(V)", "M_BY_VAR(V);" },
         { "X = W[I]", "X=W[I];" },
