@@ -3,6 +3,7 @@
  * section for nearly every statement, so that sections, fix-ups and code lie in arenas.
  */
 #include "codegen/tlc.h"
+#include "codegen/tlcj.h"
 
 #include "core/sh.h"
 #include <cstdio>
@@ -204,6 +205,7 @@ void TLC_DelStream(TLC_STREAM *stream)
         TLC_ArenaDrop(&stream->code_buffers);
     }
     if (stream->text.scratch != nullptr) std::fclose(stream->text.scratch);
+    TLCJ_DropState(stream);
     SH_Free(stream);
 }
 

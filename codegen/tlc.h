@@ -108,7 +108,8 @@ struct TLC_STREAM {
     int32_t pass;
     int32_t text_errors; /* faults written as comments */
     TLC_TEXT text;
-    TLC_ARENA records; /* sections, fix-ups, names */
+    struct TLCJ_STATE *java; /* notes of the writers of Java text; null before the first */
+    TLC_ARENA records;       /* sections, fix-ups, names */
     TLC_ARENA code_buffers;
 };
 

@@ -155,6 +155,11 @@ void TLCG_DropSet(TLCG_SET *set)
     *set = {};
 }
 
+bool TLCG_IsInSet(const TLCG_SET &set, const void *address)
+{
+    return set.count > 0 && set.slots[find_slot(set, address)] != nullptr;
+}
+
 bool TLCG_AddToSet(TLCG_SET *set, const void *address)
 {
     if (set->count * 2 >= set->capacity) grow_set(set);
@@ -197,9 +202,11 @@ static void generate_function(TLCG_CONTEXT *context, TLI_IDENTIFIER *function)
     }
 }
 
-static int32_t generate_named_section(void *user, const char *, TLP_SECTION *section, int32_t)
+static int32_t generate_named_section(void *user, const char *, TLP_SECTION *section, int32_t type)
 {
     TLCG_CONTEXT *context = static_cast<TLCG_CONTEXT *>(user);
+    const bool is_code = type == TLP_SECTION_FUNCTION || type == TLP_SECTION_TREE;
+    if (context->skips_data && !is_code) return 1;
     TLI_IDENTIFIER *identifier = TLP_GetSectionIdentifier(context->module, section);
     if (identifier != nullptr && has_block(identifier)) generate_function(context, identifier);
     return 1;

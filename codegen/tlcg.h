@@ -54,6 +54,7 @@ struct TLCG_CONTEXT {
     KOBD_FRAME *function_frame; /* frame being filled */
     bool is_public;             /* the names being taken up stand in GLOBALS */
     bool has_tree;              /* a block of a TREE was generated */
+    bool skips_data;            /* data sections are seen to elsewhere */
     TLCG_WORK work;
     TLCG_RECORDS records;
     TLCG_SET generated; /* blocks that have been generated */
@@ -61,6 +62,9 @@ struct TLCG_CONTEXT {
 
 /** True if the address was not in the set; it is from then on. */
 bool TLCG_AddToSet(TLCG_SET *set, const void *address);
+
+/** True if the address is in the set. */
+bool TLCG_IsInSet(const TLCG_SET &set, const void *address);
 
 /** Frees what a set holds. */
 void TLCG_DropSet(TLCG_SET *set);

@@ -1,14 +1,244 @@
 /*
- * Java text: names of types and identifiers.
+ * Java text: names and types, and what the writers note between one another.
  */
-#include <ostrum/tlcj.h>
+#include "codegen/tlcj.h"
 
 #include <cstdio>
 #include <cstring>
 
+#include "codegen/tlc.h"
+#include "names/tli.h"
+#include "names/tliv.h"
+#include <ostrum/f.h>
+#include <ostrum/sh.h>
 #include <ostrum/st.h>
-#include <ostrum/tli.h>
+#include <ostrum/tlcc.h>
+#include <ostrum/tle.h>
 #include <ostrum/tlit.h>
+#include <ostrum/tlp.h>
+#include <ostrum/tlt.h>
+
+void TLCJ_Initialise(void)
+{
+    TLCC_Initialise();
+}
+
+/* ---- Notes ---- */
+
+TLCJ_STATE *TLCJ_State(TLC_STREAM *stream)
+{
+    if (stream->java == nullptr) {
+        stream->java = static_cast<TLCJ_STATE *>(SH_NameAllocate(sizeof(TLCJ_STATE), "TLCJ:STATE"));
+        stream->java->classes = HS_NewDomain();
+        stream->java->taken = HS_NewDomain();
+        stream->java->is_open = true;
+    }
+    return stream->java;
+}
+
+static int32_t free_class(void *, const char *, intptr_t value)
+{
+    ST_Free(reinterpret_cast<char *>(value));
+    return 1;
+}
+
+void TLCJ_DropState(TLC_STREAM *stream)
+{
+    if (stream->java == nullptr) return;
+    HS_AllNames(stream->java->classes, free_class, nullptr);
+    HS_DelDomain(stream->java->classes);
+    HS_DelDomain(stream->java->taken);
+    TLCG_DropSet(&stream->java->marked);
+    SH_Free(stream->java);
+    stream->java = nullptr;
+}
+
+void TLCJ_Mark(TLC_STREAM *stream, const void *what)
+{
+    TLCJ_STATE *state = TLCJ_State(stream);
+    if (TLCG_AddToSet(&state->marked, what)) state->is_stale = true;
+}
+
+bool TLCJ_IsBoxed(TLC_STREAM *stream, TLI_IDENTIFIER *identifier)
+{
+    const TLCJ_STATE *state = TLCJ_State(stream);
+    return state->marked.count > 0 && TLCG_IsInSet(state->marked, identifier);
+}
+
+/* ---- Words that are not free ---- */
+
+/* Words of Java, of the classes that all generated ones extend, and of the classes that text names. */
+static constexpr const char *reserved_words[] = {
+    "Data",       "Diagnostic", "Items",     "Object",    "Override",     "Raise",      "String",
+    "Vector",     "_",          "abs",       "abstract",  "assert",       "boolean",    "break",
+    "byte",       "case",       "catch",     "char",      "class",        "clone",      "const",
+    "continue",   "default",    "do",        "double",    "else",         "enum",       "equals",
+    "exports",    "extends",    "false",     "final",     "finalize",     "finally",    "float",
+    "for",        "getClass",   "goto",      "hashCode",  "if",           "implements", "import",
+    "instanceof", "int",        "interface", "long",      "max",          "min",        "module",
+    "native",     "new",        "notify",    "notifyAll", "null",         "package",    "permits",
+    "private",    "protected",  "public",    "record",    "return",       "sealed",     "short",
+    "static",     "strictfp",   "super",     "switch",    "synchronized", "this",       "throw",
+    "throws",     "toString",   "transient", "true",      "try",          "var",        "void",
+    "volatile",   "wait",       "while",     "yield",
+};
+
+/* Classes that generated text uses without naming their package, beside those above. */
+static constexpr const char *library_classes[] = {
+    "Boolean", "Character", "Error", "Exception", "Float", "Integer", "Math", "Number", "System",
+};
+
+static bool is_reserved(const char *name)
+{
+    if (std::strncmp(name, "toll", 4) == 0) return true;
+    for (const char *word : reserved_words) {
+        if (word[0] == name[0] && std::strcmp(word, name) == 0) return true;
+    }
+    return false;
+}
+
+static bool is_library_class(const char *name)
+{
+    for (const char *word : library_classes) {
+        if (std::strcmp(word, name) == 0) return true;
+    }
+    return false;
+}
+
+static bool is_taken(const TLCJ_STATE *state, const char *name)
+{
+    return state->taken != nullptr && HS_FindName(state->taken, name, nullptr);
+}
+
+/* ---- Names ---- */
+
+static char *java_characters(char *text)
+{
+    for (char *at = text; *at != '\0'; ++at) {
+        bool is_good =
+            (*at >= 'A' && *at <= 'Z') || (*at >= 'a' && *at <= 'z') || (*at >= '0' && *at <= '9');
+        if (!is_good) *at = '_';
+    }
+    return text;
+}
+
+void TLCJ_ClassName(const char *path, char *buffer)
+{
+    const char *base = path;
+    for (const char *at = path; *at != '\0'; ++at) {
+        if (*at == '/' || *at == '\\' || *at == ':') base = at + 1;
+    }
+    const char *dot = std::strrchr(base, '.');
+    int length = dot == nullptr || dot == base ? 120 : static_cast<int>(dot - base);
+    bool has_digit = base[0] >= '0' && base[0] <= '9';
+    std::snprintf(buffer, TLCJ_NAME_CAPACITY, "%s%.*s", has_digit ? "_" : "",
+                  length > 120 ? 120 : length, base);
+    java_characters(buffer);
+    bool is_free = buffer[0] != '\0' && !is_reserved(buffer) && !is_library_class(buffer);
+    size_t end = std::strlen(buffer);
+    if (!is_free) std::snprintf(buffer + end, TLCJ_NAME_CAPACITY - end, "_");
+}
+
+void TLCJ_UseModule(TLC_STREAM *stream, TLP_MODULE *module)
+{
+    TLCJ_STATE *state = TLCJ_State(stream);
+    char name[TLCJ_NAME_CAPACITY];
+    const char *source = TLP_ModuleSourceFile(module);
+    const char *domain = TLI_DomainName(TLP_ModuleDomain(module));
+    TLCJ_ClassName(source != nullptr && source[0] != '\0' ? source : domain, name);
+    if (HS_FindName(state->classes, domain, nullptr)) return;
+    HS_NewName(state->classes, domain, reinterpret_cast<intptr_t>(ST_Allocate(name)));
+    HS_NewName(state->taken, name, 0);
+}
+
+/* A module that is not known by a source of its own: its file has the name that USES names it by. */
+static const char *class_of_domain(TLC_STREAM *stream, TLI_DOMAIN *domain, char *buffer)
+{
+    intptr_t known = 0;
+    if (HS_FindName(TLCJ_State(stream)->classes, TLI_DomainName(domain), &known)) {
+        return reinterpret_cast<const char *>(known);
+    }
+    TLCJ_ClassName(TLI_DomainName(domain), buffer);
+    for (char *at = buffer; *at != '\0'; ++at) {
+        if (*at >= 'A' && *at <= 'Z') *at = static_cast<char>(*at - 'A' + 'a');
+    }
+    return buffer;
+}
+
+/* Functions and types that are declared inside a function stand beside it, under both names. */
+static TLI_IDENTIFIER *outer_function(TLI_IDENTIFIER *identifier)
+{
+    int32_t kind = TLI_IdentifierClass(identifier);
+    if (kind != TLI_FUNCTION && kind != TLI_TYPE) return nullptr;
+    TLI_SCOPE *scope = TLI_IdentifierScope(identifier);
+    bool has_frame = scope != nullptr && TLI_ScopeType(scope) == TLI_FRAME_SCOPE;
+    return has_frame ? scope->identifier : nullptr;
+}
+
+const char *TLCJ_OwnName(TLC_STREAM *stream, TLI_IDENTIFIER *identifier, char *buffer)
+{
+    const char *name = TLI_IdentifierName(identifier);
+    TLI_IDENTIFIER *outer = outer_function(identifier);
+    bool has_digit = name[0] >= '0' && name[0] <= '9';
+    if (outer != nullptr) {
+        std::snprintf(buffer, TLCJ_NAME_CAPACITY, "%s_%s", TLI_IdentifierName(outer), name);
+    } else {
+        std::snprintf(buffer, TLCJ_NAME_CAPACITY, "%s%s", has_digit ? "_" : "", name);
+    }
+    java_characters(buffer);
+    bool is_type = TLI_IdentifierClass(identifier) == TLI_TYPE;
+    const TLCJ_STATE *state = TLCJ_State(stream);
+    bool is_free =
+        !is_reserved(buffer) && !is_taken(state, buffer) && !(is_type && is_library_class(buffer));
+    size_t end = std::strlen(buffer);
+    if (!is_free) std::snprintf(buffer + end, TLCJ_NAME_CAPACITY - end, "_");
+    return buffer;
+}
+
+/* The domain of an identifier that another module declares for all to see; else null. */
+static TLI_DOMAIN *foreign_domain(TLC_STREAM *stream, TLI_IDENTIFIER *identifier)
+{
+    TLI_SCOPE *scope = TLI_IdentifierScope(identifier);
+    if (scope == nullptr || TLI_ScopeType(scope) != TLI_STATIC_SCOPE) return nullptr;
+    TLI_DOMAIN *domain = TLI_IdentifierDomain(identifier);
+    if (domain == nullptr || domain == TLP_ModuleDomain(stream->module)) return nullptr;
+    return TLI_DomainName(domain)[0] != '\0' ? domain : nullptr;
+}
+
+const char *TLCJ_Name(TLC_STREAM *stream, TLI_IDENTIFIER *identifier, char *buffer)
+{
+    TLI_DOMAIN *domain = foreign_domain(stream, identifier);
+    if (domain == nullptr) return TLCJ_OwnName(stream, identifier, buffer);
+    char own[TLCJ_NAME_CAPACITY];
+    char made[TLCJ_NAME_CAPACITY];
+    const char *name = class_of_domain(stream, domain, made);
+    TLCJ_OwnName(stream, identifier, own);
+    std::snprintf(buffer, TLCJ_NAME_CAPACITY, "%.*s.%.*s", TLCJ_NAME_CAPACITY / 2 - 2, name,
+                  TLCJ_NAME_CAPACITY / 2 - 2, own);
+    return buffer;
+}
+
+char *TLCJ_IdentifierName(TLI_IDENTIFIER *identifier)
+{
+    const char *name = TLI_IdentifierName(identifier);
+    bool has_digit = name[0] >= '0' && name[0] <= '9';
+    char text[64];
+    std::snprintf(text, sizeof text, "%s%s", has_digit ? "_" : "", name);
+    char *point = std::strchr(text, '.');
+    if (point != nullptr) *point = '_';
+    return ST_Allocate(text);
+}
+
+void TLCJ_DataTerm(TLC_STREAM *stream, TLE_TERM *term)
+{
+    if (term == nullptr) {
+        std::fputs("null", TLC_CFile(stream));
+    } else {
+        TLE_DataTerm(stream, term);
+    }
+}
+
+/* ---- Types ---- */
 
 struct JAVA_TYPE {
     TLI_IDENTIFIER **type;
@@ -51,13 +281,98 @@ const char *TLCJ_TypeName(TLI_DOMAIN *data_types, TLI_IDENTIFIER *type)
     }
 }
 
-char *TLCJ_IdentifierName(TLI_IDENTIFIER *identifier)
+TLCJ_KIND TLCJ_Kind(TLI_IDENTIFIER *type)
 {
-    const char *name = TLI_IdentifierName(identifier);
-    bool has_digit = name[0] >= '0' && name[0] <= '9';
-    char text[64];
-    std::snprintf(text, sizeof text, "%s%s", has_digit ? "_" : "", name);
-    char *point = std::strchr(text, '.');
-    if (point != nullptr) *point = '_';
-    return ST_Allocate(text);
+    if (type == nullptr || type == TLIT_WordType) return TLCJ_WORD;
+    if (type == TLIT_CharType) return TLCJ_CHAR;
+    if (type == TLIT_ShortType) return TLCJ_SHORT;
+    if (type == TLIT_FloatType) return TLCJ_FLOAT;
+    if (type == TLIT_StringType || type == TLIT_DataType) return TLCJ_OBJECT;
+    switch (TLIT_TypeSubclass(nullptr, type)) {
+    case TLIT_SUBCLASS_SIMPLE:
+    case TLIT_SUBCLASS_ENUMERATION:
+        return TLCJ_WORD;
+    default:
+        return TLCJ_OBJECT;
+    }
+}
+
+static bool is_string(TLC_STREAM *stream, TLI_IDENTIFIER *type)
+{
+    return type == TLIT_StringType || TLIT_IsStringType(TLP_DataTypeDomain(stream->module), type);
+}
+
+/* The class of values that are objects. */
+static const char *object_name(TLC_STREAM *stream, TLI_IDENTIFIER *type, char *buffer)
+{
+    if (is_string(stream, type)) return "String";
+    if (type == TLIT_DataType) return "Data";
+    switch (TLIT_TypeSubclass(nullptr, type)) {
+    case TLIT_SUBCLASS_DATA:
+        return "Data";
+    case TLIT_SUBCLASS_POINTER: {
+        TLI_IDENTIFIER *target = TLIT_PointerAt(type);
+        bool is_record = target != nullptr && TLIT_IsRecordType(target);
+        return is_record ? TLCJ_Name(stream, target, buffer) : "Object";
+    }
+    default:
+        return TLCJ_Name(stream, type, buffer);
+    }
+}
+
+void TLCJ_WriteType(TLC_STREAM *stream, TLI_IDENTIFIER *type)
+{
+    static constexpr const char *simple[] = { "int", "char", "short", "float" };
+    char name[TLCJ_NAME_CAPACITY];
+    FILE *file = stream->file;
+    TLCJ_KIND kind = TLCJ_Kind(type);
+    if (type == TLIT_VoidType) {
+        std::fputs("void", file);
+    } else if (kind != TLCJ_OBJECT) {
+        std::fputs(simple[kind], file);
+    } else if (TLIT_IsArrayType(type)) {
+        TLCJ_WriteReferenceType(stream, TLIT_ArrayOf(type));
+    } else {
+        std::fputs(object_name(stream, type, name), file);
+    }
+}
+
+void TLCJ_WriteReferenceType(TLC_STREAM *stream, TLI_IDENTIFIER *type)
+{
+    char name[TLCJ_NAME_CAPACITY];
+    TLCJ_KIND kind = TLCJ_Kind(type);
+    if (kind == TLCJ_FLOAT) {
+        std::fputs("Items<Float>", stream->file);
+    } else if (kind == TLCJ_OBJECT) {
+        std::fprintf(stream->file, "Items<%s>", object_name(stream, type, name));
+    } else {
+        std::fputs("Vector", stream->file);
+    }
+}
+
+/* ---- Storage ---- */
+
+static bool is_by_reference(TLI_IDENTIFIER *identifier)
+{
+    return TLI_IdentifierClass(identifier) == TLI_ARGUMENT &&
+           TLIV_ArgumentPassType(identifier) != TLIV_BY_VALUE;
+}
+
+bool TLCJ_IsVector(TLI_IDENTIFIER *identifier)
+{
+    if (TLIT_IsArrayType(TLI_IdentifierType(identifier))) return true;
+    bool is_array = (TLI_IdentifierFlags(identifier) & TLI_DIMENSIONED) != 0;
+    if (!is_array) return false;
+    return is_by_reference(identifier) || TLI_IdentifierDimension(identifier, nullptr) == 0;
+}
+
+bool TLCJ_IsReference(TLI_IDENTIFIER *identifier)
+{
+    if (!is_by_reference(identifier) || TLCJ_IsVector(identifier)) return false;
+    return !TLIT_IsRecordType(TLI_IdentifierType(identifier));
+}
+
+bool TLCJ_HasFrame(const TLI_SCOPE *scope)
+{
+    return scope != nullptr && (scope->classes & 1U << TLI_FUNCTION) != 0;
 }

@@ -143,6 +143,16 @@ bool TLB_IsWordInC(const TLE_TERM *term)
     return record == &TLB_Min || record == &TLB_Max;
 }
 
+bool TLB_IsJavaCall(const TLE_TERM *term)
+{
+    if (term->kind != TLE_BUILT_IN) return false;
+    static const TLB_BUILT_IN *const calls[] = { &TLB_Min, &TLB_Max, &TLB_Attr, &TLB_Create,
+                                                 &TLB_Release };
+    for (const TLB_BUILT_IN *record : calls)
+        if (record == record_of(term)) return true;
+    return false;
+}
+
 bool TLB_IsDifference(const TLE_TERM *term)
 {
     return term->kind == TLE_BUILT_IN && record_of(term) == &TLB_Upb;

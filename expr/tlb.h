@@ -65,5 +65,8 @@ int32_t TLB_TightArgument(TLC_STREAM *stream, TLE_TERM *term, int32_t index);
 // Is the C text of this term of the type INT, whatever type the term has?
 bool TLB_IsWordInC(const TLE_TERM *term);
 
+// Is the Java text of this term a call, which can stand by itself?
+bool TLB_IsJavaCall(const TLE_TERM *term);
+
 // Is the text of this term a difference, which needs brackets beside a tighter operator?
 bool TLB_IsDifference(const TLE_TERM *term);

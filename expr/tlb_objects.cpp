@@ -4,11 +4,10 @@
 #include "expr/tlb.h"
 
 #include "codegen/tlc.h"
+#include "codegen/tlcj.h"
 #include "expr/tle.h"
 #include <ostrum/eep.h>
-#include <ostrum/st.h>
 #include <ostrum/tlc.h>
-#include <ostrum/tlcj.h>
 #include <ostrum/tli.h>
 #include <ostrum/tlit.h>
 #include <ostrum/tlt.h>
@@ -59,9 +58,8 @@ static int32_t create_java(const TLB_BUILT_IN *, TLC_STREAM *stream, TLE_TERM *t
 {
     TLI_IDENTIFIER *record = TLE_Type(TLE_CallArgument(term, 0));
     if (record == nullptr) return 0;
-    char *name = TLCJ_IdentifierName(record);
-    fprintf(TLC_CFile(stream), "new %s()\n", name);
-    ST_Free(name);
+    char name[TLCJ_NAME_CAPACITY];
+    fprintf(TLC_CFile(stream), "new %s()", TLCJ_Name(stream, record, name));
     return 1;
 }
 

@@ -8,7 +8,6 @@
 #include "expr/tle_code.h"
 #include <ostrum/eep.h>
 #include <ostrum/tlc.h>
-#include <ostrum/tlcj.h>
 #include <ostrum/tli.h>
 #include <ostrum/tlit.h>
 #include <ostrum/tlp.h>
@@ -77,10 +76,10 @@ static bool keeps_sign(TLE_TERM *term)
 static int32_t abs_text(const TLB_BUILT_IN *, TLC_STREAM *stream, TLE_TERM *term)
 {
     const bool is_plain = keeps_sign(term);
-    const char *word = is_c(stream) ? "((INT) (" : "((int) (";
+    const char *word = is_c(stream) ? "((INT) (" : "(";
     fputs(is_plain ? word : "abs(", TLC_CFile(stream));
     const int32_t written = TLB_ArgumentCode(stream, term, 0);
-    fputs(is_plain ? "))" : ")", TLC_CFile(stream));
+    fputs(is_plain && is_c(stream) ? "))" : ")", TLC_CFile(stream));
     return written;
 }
 
@@ -150,18 +149,26 @@ static int32_t cast_code(const TLB_BUILT_IN *, TLC_STREAM *stream, TLE_TERM *ter
 }
 
 /** A cast changes no bit, so one to a narrow type is written as a cast to the whole word. */
-static const char *cast_name(TLC_STREAM *stream, TLI_IDENTIFIER *type)
+static const char *cast_name(TLI_IDENTIFIER *type)
 {
-    if (type == TLIT_CharType || type == TLIT_ShortType) type = TLIT_IntType;
-    if (is_c(stream)) return TLI_IdentifierName(type);
-    return TLCJ_TypeName(TLP_DataTypeDomain(TLC_Module(stream)), type);
+    const bool is_narrow = type == TLIT_CharType || type == TLIT_ShortType;
+    return TLI_IdentifierName(is_narrow ? TLIT_IntType : type);
 }
 
 static int32_t cast_text(const TLB_BUILT_IN *, TLC_STREAM *stream, TLE_TERM *term)
 {
-    fprintf(TLC_CFile(stream), "((%s) (", cast_name(stream, term->type));
+    fprintf(TLC_CFile(stream), "((%s) (", cast_name(term->type));
     const int32_t written = TLB_ArgumentCode(stream, term, 0);
     fputs("))", TLC_CFile(stream));
+    return written;
+}
+
+/** All that can be cast is of one type in Java. */
+static int32_t cast_java(const TLB_BUILT_IN *, TLC_STREAM *stream, TLE_TERM *term)
+{
+    fputs("(", TLC_CFile(stream));
+    const int32_t written = TLB_ArgumentCode(stream, term, 0);
+    fputs(")", TLC_CFile(stream));
     return written;
 }
 
@@ -222,7 +229,7 @@ constexpr TLB_BUILT_IN TLB_Cast = {
     .simplify = simplify_cast,
     .p_code = cast_code,
     .c_text = cast_text,
-    .java_text = cast_text,
+    .java_text = cast_java,
 };
 
 constexpr TLB_BUILT_IN TLB_ToFloat = {

@@ -2,6 +2,7 @@
  * Calls: the opening, each argument in the form that its formal asks for, and the call itself.
  */
 #include "expr/tle_c.h"
+#include "expr/tle_java.h"
 
 #include <cstdio>
 #include <iterator>
@@ -179,6 +180,7 @@ static int32_t write_call(TLC_STREAM *stream, TLE_TERM *term, int32_t direct,
 int32_t TLE_CallCode(TLC_STREAM *stream, TLE_TERM *term, int32_t direct)
 {
     if (term->identifier == nullptr) return 0;
+    if (TLC_Target(stream) == TLC_TARGET_JAVA) return TLE_JavaCall(stream, term, direct);
     if (!TLE_IsUnorderedCall(stream, term)) return write_call(stream, term, direct, nullptr);
     HELD_ARGUMENTS held;
     int32_t done = hold_arguments(stream, term, &held);

@@ -10,13 +10,11 @@
 #include "codegen/tlc.h"
 #include "codegen/tlcc.h"
 #include "expr/tlb.h"
+#include "expr/tle_java.h"
 #include "names/tliv.h"
-#include <ostrum/st.h>
 #include <ostrum/tlc.h>
-#include <ostrum/tlcj.h>
 #include <ostrum/tli.h>
 #include <ostrum/tlit.h>
-#include <ostrum/tlp.h>
 #include <ostrum/tlt.h>
 
 static bool is_c(TLC_STREAM *stream)
@@ -41,8 +39,7 @@ bool TLE_IsNegativeLiteral(const TLE_TERM *term)
 static void enumeration_text(TLC_STREAM *stream, TLI_IDENTIFIER *value)
 {
     char name[TLCC_NAME_CAPACITY];
-    std::fputs(is_c(stream) ? TLCC_Name(value, name) : TLI_IdentifierName(value),
-               TLC_CFile(stream));
+    std::fputs(TLCC_Name(value, name), TLC_CFile(stream));
 }
 
 static int32_t number_text(TLC_STREAM *stream, TLE_TERM *term)
@@ -50,7 +47,7 @@ static int32_t number_text(TLC_STREAM *stream, TLE_TERM *term)
     TLI_IDENTIFIER *value = enumeration_value(term);
     if (value != nullptr) {
         enumeration_text(stream, value);
-    } else if (term->value == INT32_MIN && is_c(stream)) {
+    } else if (term->value == INT32_MIN) {
         /* C reads the digits first, and they are no int. */
         std::fputs("(-2147483647-1)", TLC_CFile(stream));
     } else {
@@ -75,7 +72,7 @@ static int32_t subscript_text(TLC_STREAM *stream, TLE_TERM *term)
 {
     if (term->left == nullptr) return 1;
     FILE *file = TLC_CFile(stream);
-    int32_t bound = is_c(stream) ? checked_bound(stream, term) : 0;
+    int32_t bound = checked_bound(stream, term);
     std::fputs(bound > 0 ? "[toll_index(" : "[", file);
     int32_t done = TLE_TermCode(stream, term->left, TLE_MODE_VALUE);
     if (bound > 0) std::fprintf(file, ",%d)", bound);
@@ -117,35 +114,26 @@ static bool is_out_of_reach(const TLC_STREAM *stream, TLI_IDENTIFIER *identifier
 static int32_t identifier_text(TLC_STREAM *stream, TLE_TERM *term, int32_t mode)
 {
     if (term->identifier == nullptr || mode > TLE_MODE_EXTENT) return 0;
-    if (is_c(stream)) {
-        char name[TLCC_NAME_CAPACITY];
-        if (is_out_of_reach(stream, term->identifier)) {
-            TLC_Error(stream, "Variable of an outer function not possible in 'C'");
-        }
-        std::fprintf(TLC_CFile(stream), c_reach(term, mode), TLCC_Name(term->identifier, name));
-    } else {
-        char *name = TLCJ_IdentifierName(term->identifier);
-        std::fputs(name, TLC_CFile(stream));
-        ST_Free(name);
+    char name[TLCC_NAME_CAPACITY];
+    if (is_out_of_reach(stream, term->identifier)) {
+        TLC_Error(stream, "Variable of an outer function not possible in 'C'");
     }
+    std::fprintf(TLC_CFile(stream), c_reach(term, mode), TLCC_Name(term->identifier, name));
     return subscript_text(stream, term);
 }
 
 void TLE_DataLiteralText(TLC_STREAM *stream, TLE_TERM *term)
 {
-    FILE *file = TLC_CFile(stream);
-    const char *text = TLE_TermValue(term);
     if (is_c(stream)) {
         TLE_CDataLiteral(stream, term);
-        return;
+    } else {
+        TLE_JavaDataLiteral(stream, term);
     }
-    TLI_DOMAIN *data_types = TLP_DataTypeDomain(TLC_Module(stream));
-    std::fprintf(file, "(%s) %s", TLCJ_TypeName(data_types, term->type), text);
 }
 
 static int32_t address_text(TLC_STREAM *stream, TLE_TERM *term)
 {
-    if (!is_c(stream) || term->identifier == nullptr) {
+    if (term->identifier == nullptr) {
         TLE_DataTerm(stream, term);
         return 1;
     }
@@ -194,6 +182,7 @@ static int32_t value_text(TLC_STREAM *stream, TLE_TERM *term)
 
 int32_t TLE_OperandText(TLC_STREAM *stream, TLE_TERM *term, int32_t mode)
 {
+    if (!is_c(stream)) return TLE_JavaOperand(stream, term, mode);
     if (term->kind == TLT_TOKEN_IDENTIFIER) return identifier_text(stream, term, mode);
     return mode == TLE_MODE_VALUE ? value_text(stream, term) : 0;
 }
@@ -302,50 +291,16 @@ bool TLE_NeedsBrackets(int32_t outer_level, int32_t inner_level, bool is_right)
     return is_right != groups_right || is_doubtful(outer_level, inner_level);
 }
 
-static bool needs_brackets(const TLE_TERM *outer, const TLE_TERM *inner, bool is_right)
-{
-    return TLE_NeedsBrackets(TLE_TextLevel(outer), TLE_TextLevel(inner), is_right);
-}
-
 const char *TLE_COperator(const TLE_TERM *term)
 {
     const TEXT_ROW *row = find_row(term);
     return row == nullptr ? "" : row->c;
 }
 
-static int32_t write_operand(TLC_STREAM *stream, const TLE_TERM *outer, TLE_TERM *inner)
-{
-    bool has_brackets = inner != nullptr && needs_brackets(outer, inner, inner == outer->right);
-    if (has_brackets) std::fputs("(", TLC_CFile(stream));
-    int32_t written = TLE_TermCode(stream, inner, TLE_MODE_VALUE);
-    if (has_brackets) std::fputs(")", TLC_CFile(stream));
-    return written;
-}
-
-static int32_t write_right(TLC_STREAM *stream, const TLE_TERM *term)
+const char *TLE_JavaOperatorText(const TLE_TERM *term)
 {
     const TEXT_ROW *row = find_row(term);
-    if (row == nullptr) return 0;
-    std::fputs(row->java, TLC_CFile(stream));
-    return write_operand(stream, term, term->right);
-}
-
-/* The far end of the chain comes first; each operator then closes the bracket round its left. */
-static int32_t write_chain(TLC_STREAM *stream, const TLE_CHAIN &chain)
-{
-    FILE *file = TLC_CFile(stream);
-    int32_t last = chain.count - 1;
-    for (int32_t i = 0; i < last; ++i) {
-        if (needs_brackets(chain.terms[i], chain.terms[i + 1], false)) std::fputs("(", file);
-    }
-    const TLE_TERM *end = chain.terms[last];
-    int32_t written = end->left == nullptr ? 1 : write_operand(stream, end, end->left);
-    written &= write_right(stream, end);
-    for (int32_t i = last - 1; i >= 0; --i) {
-        if (needs_brackets(chain.terms[i], chain.terms[i + 1], false)) std::fputs(")", file);
-        written &= write_right(stream, chain.terms[i]);
-    }
-    return written;
+    return row == nullptr ? "" : row->java;
 }
 
 /* The field that a selection ends with. */
@@ -365,13 +320,7 @@ static bool has_address_sign(const TLE_TERM *term, int32_t mode)
 
 int32_t TLE_OperatorText(TLC_STREAM *stream, TLE_TERM *term, int32_t mode)
 {
-    if (is_c(stream)) {
-        if (has_address_sign(term, mode)) std::fputs("&", TLC_CFile(stream));
-        return TLE_COperatorText(stream, term, mode);
-    }
-    TLE_CHAIN chain;
-    TLE_OpenChain(&chain, term);
-    int32_t written = write_chain(stream, chain);
-    TLE_CloseChain(&chain);
-    return written;
+    if (!is_c(stream)) return TLE_JavaOperator(stream, term, mode);
+    if (has_address_sign(term, mode)) std::fputs("&", TLC_CFile(stream));
+    return TLE_COperatorText(stream, term, mode);
 }

@@ -3,6 +3,7 @@
  * the parsers of FUNCTION and TREE blocks.
  */
 #include "stmt/tls.h"
+#include "stmt/tls_java.h"
 #include "stmt/tls_text.h"
 #include "stmt/tlsc.h"
 #include "stmt/tlsl.h"
@@ -14,6 +15,7 @@
 
 #include <ostrum/eep.h>
 #include <ostrum/tlc.h>
+#include <ostrum/tld.h>
 #include <ostrum/tle.h>
 #include <ostrum/tli.h>
 #include <ostrum/tlit.h>
@@ -129,7 +131,7 @@ const TLS_STATEMENT_CLASS TLS_FunctionClass = {
     .check = check_function,
     .p_code = generate_function,
     .c_code = TLS_FunctionCText,
-    .java_code = nullptr,
+    .java_code = TLS_FunctionJavaText,
     .delete_statement = delete_function,
     .tree = TLSS_HeadTree,
     .node_section = nullptr,
@@ -173,7 +175,7 @@ const TLS_STATEMENT_CLASS TLS_EndClass = {
     .check = nullptr,
     .p_code = generate_end,
     .c_code = TLS_EndCText,
-    .java_code = nullptr,
+    .java_code = TLS_EndJavaText,
     .delete_statement = delete_record,
     .tree = nullptr,
     .node_section = nullptr,
@@ -226,7 +228,7 @@ const TLS_STATEMENT_CLASS TLS_ExpressionClass = {
     .check = nullptr,
     .p_code = generate_expression,
     .c_code = TLS_ExpressionText,
-    .java_code = TLS_ExpressionText,
+    .java_code = TLS_ExpressionJavaText,
     .delete_statement = delete_expression,
     .tree = nullptr,
     .node_section = nullptr,
@@ -304,7 +306,7 @@ const TLS_STATEMENT_CLASS TLS_ReturnClass = {
     .check = check_return,
     .p_code = generate_return,
     .c_code = TLS_ReturnText,
-    .java_code = TLS_ReturnText,
+    .java_code = TLS_ReturnJavaText,
     .delete_statement = delete_return,
     .tree = nullptr,
     .node_section = nullptr,
@@ -400,6 +402,7 @@ void TLS_Initialise(void)
     static bool is_initialised;
     if (is_initialised) return;
     is_initialised = true;
+    TLD_Initialise();
     TLS_DeclareBlockClass(TLP_SECTION_FUNCTION, &function_block);
     TLS_DeclareBlockClass(TLP_SECTION_TREE, &tree_block);
 }
@@ -407,4 +410,5 @@ void TLS_Initialise(void)
 void TLS_CleanUp(void)
 {
     /* The classes are static tables, and blocks end with the functions that own them. */
+    TLD_CleanUp();
 }

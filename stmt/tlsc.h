@@ -37,6 +37,9 @@ extern const TLS_STATEMENT_CLASS TLSC_EndExceptionClass;
 /* Entries of the classes. */
 void TLSC_IfCText(TLS_BLOCK *block, TLC_STREAM *stream, TLS_STATEMENT *record);
 void TLSC_RaiseCText(TLS_BLOCK *block, TLC_STREAM *stream, TLS_STATEMENT *record);
+void TLSC_IfJavaText(TLS_BLOCK *block, TLC_STREAM *stream, TLS_STATEMENT *record);
+void TLSC_RaiseJavaText(TLS_BLOCK *block, TLC_STREAM *stream, TLS_STATEMENT *record);
+void TLSC_EndExceptionJavaText(TLS_BLOCK *block, TLC_STREAM *stream, TLS_STATEMENT *record);
 
 /** @param record a statement record or null @return it as IF, ELSEIF or WHEN; null if it is none */
 TLSC_IF *TLSC_AsIf(TLS_STATEMENT *record);

@@ -31,6 +31,8 @@ extern const TLS_STATEMENT_CLASS TLSL_ForClass;
 /* Entries of the classes. */
 void TLSL_WhileText(TLS_BLOCK *block, TLC_STREAM *stream, TLS_STATEMENT *record);
 void TLSL_ForCText(TLS_BLOCK *block, TLC_STREAM *stream, TLS_STATEMENT *record);
+void TLSL_WhileJavaText(TLS_BLOCK *block, TLC_STREAM *stream, TLS_STATEMENT *record);
+void TLSL_ForJavaText(TLS_BLOCK *block, TLC_STREAM *stream, TLS_STATEMENT *record);
 
 /** @param record FOR @return whether code can be written for it: see TLS_Generable */
 bool TLSL_ForIsGenerable(const TLSL_FOR *record);

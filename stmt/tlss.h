@@ -61,6 +61,7 @@ struct TLSS_SWITCH {
     TLC_PSECT *end_section;      /* behind the statement */
     TLC_PSECT *default_section;  /* where a value without a leg goes */
     void *tree_node;             /* the client's handle */
+    int32_t node_number;         /* in Java text, from 1 */
 };
 
 /* GOTO behind a node without legs. */
@@ -108,10 +109,15 @@ void TLSS_SwitchCode(TLS_BLOCK *block, TLC_STREAM *stream, TLS_STATEMENT *record
 void TLSS_GotoCode(TLS_BLOCK *block, TLC_STREAM *stream, TLS_STATEMENT *record);
 void TLSS_SwitchCText(TLS_BLOCK *block, TLC_STREAM *stream, TLS_STATEMENT *record);
 void TLSS_GotoCText(TLS_BLOCK *block, TLC_STREAM *stream, TLS_STATEMENT *record);
+void TLSS_SwitchJavaText(TLS_BLOCK *block, TLC_STREAM *stream, TLS_STATEMENT *record);
+void TLSS_GotoJavaText(TLS_BLOCK *block, TLC_STREAM *stream, TLS_STATEMENT *record);
 void TLSS_PrintSwitch(TLS_STATEMENT *record, int32_t indent);
 void TLSS_PrintGoto(TLS_STATEMENT *record, int32_t indent);
 void *TLSS_SwitchTree(TLS_BLOCK *block, int32_t pass, void *context, TLS_STATEMENT *record);
 void *TLSS_GotoTree(TLS_BLOCK *block, int32_t pass, void *context, TLS_STATEMENT *record);
+
+/** Writes the statements of a tree as Java text. */
+void TLSS_WriteJavaTree(TLC_STREAM *stream, const TLS_BLOCK *root, TLS_BLOCK *body);
 
 /** Tree entry of the head of a function. */
 void *TLSS_HeadTree(TLS_BLOCK *block, int32_t pass, void *context, TLS_STATEMENT *record);

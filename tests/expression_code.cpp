@@ -261,7 +261,7 @@ TEST(ExpressionText, Java)
         { "X = P->LEFT", "X=P.LEFT;" },
         { "K = GREEN", "K=GREEN;" },
         { "S = NULL", "S=null;" },
-        { "BY_VAR(X)", "M.BY_VAR(X);" },
+        { "BY_VAR(X)", "BY_VAR(toll_all(X));" },
     };
     for (const Row &row : rows) {
         CompiledSource source(function(row.statement));

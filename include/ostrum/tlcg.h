@@ -42,6 +42,20 @@ OSTRUM_API int32_t TLCG_GenerateCCode(TLP_MODULE *module, uint32_t flags, const 
                                       int32_t tool, const char *tool_version);
 
 /**
+ * Generates Java source: one class, in one file. What Java cannot express is left in the text as a
+ * comment and counted; TLC_TextErrors tells how often.
+ * @param module parsed module
+ * @param flags compile flags
+ * @param file_name the file; without an extension it takes "java". Its base name is the class's name; in
+ *        a directory halvorn/libs the class belongs to the package halvorn.libs
+ * @param tool number of the tool that makes it
+ * @param tool_version version text of the tool
+ * @return 0; 2 if the file cannot be opened or written; text through TLCG_Message
+ */
+OSTRUM_API int32_t TLCG_GenerateJavaCode(TLP_MODULE *module, uint32_t flags, const char *file_name,
+                                         int32_t tool, const char *tool_version);
+
+/**
  * @param result of a generator
  * @return its text, static
  */

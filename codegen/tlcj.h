@@ -1,0 +1,105 @@
+/*
+ * Java text: names, types and declarations, and what the writers note between one another.
+ */
+#pragma once
+
+#include "codegen/tlcg.h"
+#include <ostrum/hs.h>
+#include <ostrum/tlcj.h>
+
+/* Room for any name in Java text: a class, a function with the one around it, a terminator. */
+enum { TLCJ_NAME_CAPACITY = 224 };
+
+/* How Java holds the values of a type. */
+enum TLCJ_KIND {
+    TLCJ_WORD,  /* int */
+    TLCJ_CHAR,  /* char, of which a byte is used */
+    TLCJ_SHORT, /* short */
+    TLCJ_FLOAT, /* float */
+    TLCJ_OBJECT /* String, Data, a record, a function, an array of unknown length */
+};
+
+/* Of one Java stream. */
+struct TLCJ_STATE {
+    TLCG_SET marked;    /* variables of the function that others write through a reference, and
+                           exception handlers that are left early */
+    HS_DOMAIN *classes; /* names of the domains of used modules, to the names of their classes */
+    HS_DOMAIN *taken;   /* names of all classes, which no other name may hide */
+    char class_name[TLCJ_NAME_CAPACITY];
+    const TLI_SCOPE *frame; /* of the function being written; null for none */
+    bool has_frame;       /* its variables lie in an object, where the functions inside find them */
+    bool is_stale;        /* what was marked came up after text that depends on it */
+    bool is_open;         /* control can reach what is written next */
+    bool is_tree;         /* the nodes of a tree are being written */
+    bool is_left;         /* something left the handler being written early */
+    int32_t names;        /* made so far in the function being written */
+    const void *handler;  /* WHEN of which the handler is being written; null for none */
+    int32_t handler_name; /* number in its label */
+};
+
+/** What the writers of a Java stream note; made with the first call. */
+TLCJ_STATE *TLCJ_State(TLC_STREAM *stream);
+
+/** Frees the notes of a stream. */
+void TLCJ_DropState(TLC_STREAM *stream);
+
+/** Makes the class name of a module out of a path: its base name, as Java takes it. */
+void TLCJ_ClassName(const char *path, char *buffer);
+
+/** Notes which class the names of a used module stand in. */
+void TLCJ_UseModule(TLC_STREAM *stream, TLP_MODULE *module);
+
+/**
+ * The name of an identifier as text uses it: with its class if another module declares it.
+ * @param stream Java stream
+ * @param identifier the identifier
+ * @param buffer out: TLCJ_NAME_CAPACITY bytes
+ * @return the buffer
+ */
+const char *TLCJ_Name(TLC_STREAM *stream, TLI_IDENTIFIER *identifier, char *buffer);
+
+/** The same without a class before it, as a declaration has it. */
+const char *TLCJ_OwnName(TLC_STREAM *stream, TLI_IDENTIFIER *identifier, char *buffer);
+
+/** How Java holds values of a type; null counts as a word. */
+TLCJ_KIND TLCJ_Kind(TLI_IDENTIFIER *type);
+
+/** Writes the type of a variable that holds one value of a type. */
+void TLCJ_WriteType(TLC_STREAM *stream, TLI_IDENTIFIER *type);
+
+/** Writes the class of a reference to items of a type: Vector, or Items<...>. */
+void TLCJ_WriteReferenceType(TLC_STREAM *stream, TLI_IDENTIFIER *type);
+
+/** Tells whether a name stands for an array that is reached through an object: one of unknown length. */
+bool TLCJ_IsVector(TLI_IDENTIFIER *identifier);
+
+/** Tells whether a name is an argument that stands for one item of the caller's, other than a record. */
+bool TLCJ_IsReference(TLI_IDENTIFIER *identifier);
+
+/** Tells whether a local variable is a one-element array, since something else refers to it. */
+bool TLCJ_IsBoxed(TLC_STREAM *stream, TLI_IDENTIFIER *identifier);
+
+/** Marks a variable or a handler; what was written before without the mark is written anew. */
+void TLCJ_Mark(TLC_STREAM *stream, const void *what);
+
+/** Tells whether the functions inside one use its variables, so that an object has to hold them. */
+bool TLCJ_HasFrame(const TLI_SCOPE *scope);
+
+/** Writes the class of the object that holds the variables of a function, and where it is kept. */
+void TLCJ_WriteFrame(TLC_STREAM *stream, TLI_IDENTIFIER *function);
+
+/** Writes the types that a function declares for itself, as members of the class. */
+void TLCJ_WriteLocalTypes(TLC_STREAM *stream, TLI_SCOPE *scope);
+
+/** Writes the arguments of a function, each behind the text that opens it. */
+void TLCJ_WriteArguments(TLC_STREAM *stream, TLI_IDENTIFIER *function, const char *first,
+                         const char *other);
+
+/** Writes the head of a function's definition, from the line before it to its opening brace. */
+void TLCJ_WriteHead(TLC_STREAM *stream, TLI_IDENTIFIER *function);
+
+/** Writes the arguments that a function keeps elsewhere than under their own names. */
+void TLCJ_WriteArgumentCopies(TLC_STREAM *stream, TLI_IDENTIFIER *function);
+
+/** Writes the functions of a scope that have their bodies outside: syscalls and the like. */
+void TLCJ_WriteExternals(TLC_STREAM *stream, TLI_SCOPE *scope);

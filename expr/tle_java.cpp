@@ -1,0 +1,953 @@
+/*
+ * Expressions as Java text. Java works its operands out from left to right as P-code does, and its
+ * int wraps as a word of P-code does; what differs is written through the methods of Diagnostic.
+ *
+ * A truth value is a word of 0 or 1, as all enumerations are words. Java's own comparisons give a
+ * boolean, which stands as it is where a condition is wanted and becomes a word elsewhere.
+ */
+#include "expr/tle_java.h"
+
+#include <cstdint>
+#include <cstdio>
+
+#include "codegen/tlc.h"
+#include "codegen/tlcj.h"
+#include "expr/tlb.h"
+#include "expr/tle_c.h"
+#include "expr/tlo.h"
+#include "names/tliv.h"
+#include <ostrum/eep.h>
+#include <ostrum/tli.h>
+#include <ostrum/tlit.h>
+#include <ostrum/tlp.h>
+#include <ostrum/tlt.h>
+
+/* ---- What a term is ---- */
+
+static bool is_selection(const TLE_TERM *term)
+{
+    return term->kind == TLT_TOKEN_COLON || term->kind == TLT_TOKEN_ARROW;
+}
+
+/* Does the text give a boolean by itself? */
+static bool is_truth(const TLE_TERM *term)
+{
+    switch (term->kind) {
+    case TLT_TOKEN_EQUAL:
+    case TLT_TOKEN_NOT_EQUAL:
+    case TLT_TOKEN_LESS:
+    case TLT_TOKEN_LESS_EQUAL:
+    case TLT_TOKEN_GREATER:
+    case TLT_TOKEN_GREATER_EQUAL:
+    case TLT_TOKEN_AND:
+    case TLT_TOKEN_OR:
+    case TLT_TOKEN_NOT:
+        return true;
+    default:
+        return false;
+    }
+}
+
+static bool wants_truth(const TLE_TERM *outer)
+{
+    return outer->kind == TLT_TOKEN_AND || outer->kind == TLT_TOKEN_OR ||
+           outer->kind == TLT_TOKEN_NOT;
+}
+
+/* The field that a selection ends with; any other term itself. */
+static TLE_TERM *last_field(TLE_TERM *term)
+{
+    while (is_selection(term) && term->right != nullptr)
+        term = term->right;
+    return term;
+}
+
+static bool is_enumeration(TLI_IDENTIFIER *type)
+{
+    return TLIT_TypeSubclass(nullptr, type) == TLIT_SUBCLASS_ENUMERATION;
+}
+
+bool TLE_HasEffects(const TLE_TERM *term)
+{
+    for (; term != nullptr; term = term->left) {
+        bool is_effect = term->kind == TLE_CALL || term->kind == TLE_INDIRECT_CALL ||
+                         term->kind == TLT_TOKEN_ASSIGN;
+        if (is_effect || (term->right != nullptr && TLE_HasEffects(term->right))) return true;
+    }
+    return false;
+}
+
+bool TLE_IsJavaConstant(const TLE_TERM *term)
+{
+    for (; term != nullptr; term = term->left) {
+        if (term->kind == TLT_TOKEN_IDENTIFIER && term->identifier != nullptr &&
+            TLI_IdentifierClass(term->identifier) != TLI_CONSTANT) {
+            return false;
+        }
+        bool is_call =
+            term->kind == TLE_CALL || term->kind == TLE_INDIRECT_CALL || term->kind == TLE_BUILT_IN;
+        if (is_call || (term->right != nullptr && !TLE_IsJavaConstant(term->right))) return false;
+    }
+    return true;
+}
+
+/* ---- Names ---- */
+
+static bool is_item(TLI_IDENTIFIER *identifier)
+{
+    int32_t kind = TLI_IdentifierClass(identifier);
+    return kind == TLI_VARIABLE || kind == TLI_ARGUMENT || kind == TLI_CONSTANT;
+}
+
+/* The function whose frame holds an item; null for what is no function's. */
+static TLI_SCOPE *frame_of(TLI_IDENTIFIER *identifier)
+{
+    TLI_SCOPE *scope = TLI_IdentifierScope(identifier);
+    bool has_frame = scope != nullptr && TLI_ScopeType(scope) == TLI_FRAME_SCOPE;
+    return has_frame && is_item(identifier) ? scope : nullptr;
+}
+
+/* Writes the name under which the function being written reaches an item. */
+static void write_name(TLC_STREAM *stream, TLI_IDENTIFIER *identifier)
+{
+    char name[TLCJ_NAME_CAPACITY];
+    const TLCJ_STATE *state = TLCJ_State(stream);
+    const TLI_SCOPE *frame = frame_of(identifier);
+    if (frame != nullptr && frame == state->frame) {
+        if (state->has_frame) std::fputs("toll_frame.", stream->file);
+    } else if (frame != nullptr && state->frame != nullptr && frame->identifier != nullptr) {
+        std::fprintf(stream->file, "toll_top_%s.", TLCJ_OwnName(stream, frame->identifier, name));
+    }
+    std::fputs(TLCJ_Name(stream, identifier, name), stream->file);
+}
+
+/* ---- Literals ---- */
+
+static TLI_IDENTIFIER *enumeration_value(const TLE_TERM *term)
+{
+    return is_enumeration(term->type) ? TLIT_EnumGetValue(term->type, term->value) : nullptr;
+}
+
+/* The values of a function's own enumerations are known to it alone. */
+static bool is_known(TLC_STREAM *stream, TLI_IDENTIFIER *value)
+{
+    const TLI_SCOPE *scope = TLI_IdentifierScope(value);
+    if (scope == nullptr || TLI_ScopeType(scope) != TLI_FRAME_SCOPE) return true;
+    const TLCJ_STATE *state = TLCJ_State(stream);
+    return scope == state->frame && !state->has_frame;
+}
+
+static int32_t write_number(TLC_STREAM *stream, const TLE_TERM *term)
+{
+    char name[TLCJ_NAME_CAPACITY];
+    TLI_IDENTIFIER *value = enumeration_value(term);
+    if (value != nullptr && is_known(stream, value)) {
+        std::fputs(TLCJ_Name(stream, value, name), stream->file);
+    } else {
+        TLC_Literal(stream, term->value);
+    }
+    return 1;
+}
+
+/* The one object that stands for a function, so that two uses of it compare equal. */
+static int32_t write_function(TLC_STREAM *stream, TLI_IDENTIFIER *type, TLI_IDENTIFIER *function)
+{
+    FILE *file = stream->file;
+    char name[TLCJ_NAME_CAPACITY];
+    bool is_type = type != nullptr && TLIT_TypeSubclass(nullptr, type) == TLIT_SUBCLASS_FUNCTION &&
+                   TLI_IdentifierClass(type) == TLI_TYPE;
+    if (function == nullptr || !is_type) return 0;
+    std::fprintf(file, "toll_function(\"%s %s\", (", TLI_IdentifierName(type),
+                 TLI_FullName(function));
+    TLCJ_WriteType(stream, type);
+    TLCJ_Name(stream, function, name);
+    char *point = nullptr;
+    for (char *at = name; *at != '\0'; ++at)
+        if (*at == '.') point = at;
+    if (point != nullptr) {
+        *point = '\0';
+        std::fprintf(file, ") %s::%s)", name, point + 1);
+    } else {
+        const char *own = TLCJ_State(stream)->class_name;
+        std::fprintf(file, ") %s::%s)", own, name);
+    }
+    return 1;
+}
+
+/* Items stand outside; the program's own table knows them by type and name. */
+void TLE_JavaDataLiteral(TLC_STREAM *stream, TLE_TERM *term)
+{
+    FILE *file = stream->file;
+    TLI_IDENTIFIER *type = term->type;
+    bool is_object = TLCJ_Kind(type) == TLCJ_OBJECT;
+    if (is_object) {
+        std::fputs("(", file);
+        TLCJ_WriteType(stream, type);
+        std::fputs(") ", file);
+    }
+    bool is_pointer = TLIT_TypeSubclass(nullptr, type) == TLIT_SUBCLASS_POINTER;
+    TLI_IDENTIFIER *named = is_pointer ? TLIT_PointerAt(type) : type;
+    std::fputs(is_object ? "toll_item(" : "toll_value(", file);
+    TLC_String(stream, TLI_IdentifierName(named));
+    std::fputs(", ", file);
+    TLC_String(stream, TLE_TermValue(term));
+    std::fputs(")", file);
+}
+
+/* ---- Items ---- */
+
+/* How much of the way to an item is written. */
+enum REACH {
+    REACH_ITEM,  /* all of it */
+    REACH_NAME,  /* up to the name: no subscript */
+    REACH_RECORD /* of a field: up to the record that holds it, without the point */
+};
+
+static int32_t write_value(TLC_STREAM *stream, TLE_TERM *term)
+{
+    return TLE_TermCode(stream, term, TLE_MODE_VALUE);
+}
+
+static bool is_boxed(TLC_STREAM *stream, TLI_IDENTIFIER *identifier)
+{
+    return is_item(identifier) && TLCJ_IsBoxed(stream, identifier);
+}
+
+static int32_t write_subscript(TLC_STREAM *stream, TLE_TERM *term)
+{
+    TLI_IDENTIFIER *identifier = term->identifier;
+    bool is_vector = TLCJ_IsVector(identifier);
+    if (term->left == nullptr) {
+        if (TLCJ_IsReference(identifier)) std::fputs(".get(0)", stream->file);
+        if (is_boxed(stream, identifier)) std::fputs("[0]", stream->file);
+        return 1;
+    }
+    std::fputs(is_vector ? ".get(" : "[", stream->file);
+    int32_t written = write_value(stream, term->left);
+    std::fputs(is_vector ? ")" : "]", stream->file);
+    return written;
+}
+
+static int32_t write_identifier(TLC_STREAM *stream, TLE_TERM *term)
+{
+    if (term->identifier == nullptr) return 0;
+    write_name(stream, term->identifier);
+    return write_subscript(stream, term);
+}
+
+struct PLACE {
+    const TLE_TERM *outer; /* operator that the text stands beside; null for none */
+    bool is_right;
+    bool is_condition; /* a boolean is wanted */
+};
+
+static constexpr PLACE FREE_PLACE = { .outer = nullptr, .is_right = false, .is_condition = false };
+
+static int32_t write_at(TLC_STREAM *stream, TLE_TERM *term, const PLACE &place);
+
+/* Writes the way to a place. Selections stand in one another at the right as deep as brackets do. */
+static int32_t write_reach(TLC_STREAM *stream, TLE_TERM *term, REACH reach)
+{
+    if (!is_selection(term)) {
+        if (term->kind != TLT_TOKEN_IDENTIFIER) return write_value(stream, term);
+        if (term->identifier == nullptr) return 0;
+        write_name(stream, term->identifier);
+        return reach == REACH_ITEM ? write_subscript(stream, term) : 1;
+    }
+    if (term->left == nullptr || term->right == nullptr) return 0;
+    PLACE place = { .outer = term, .is_right = false, .is_condition = false };
+    int32_t written = write_at(stream, term->left, place);
+    if (reach == REACH_RECORD && !is_selection(term->right)) return written;
+    std::fputs(".", stream->file);
+    return written & write_reach(stream, term->right, reach);
+}
+
+/* ---- References ---- */
+
+/* A reference to an item that Java has no array for: how to read it, how to write it. */
+static int32_t write_accessors(TLC_STREAM *stream, TLE_TERM *term)
+{
+    FILE *file = stream->file;
+    TLE_TERM *last = last_field(term);
+    bool is_field = last != term;
+    TLCJ_KIND kind = TLCJ_Kind(last->type);
+    bool is_object = kind == TLCJ_OBJECT || kind == TLCJ_FLOAT;
+    int32_t written = 1;
+    char name[TLCJ_NAME_CAPACITY];
+    TLCJ_OwnName(stream, last->identifier, name);
+    const char *cut = kind == TLCJ_CHAR ? "(char) " : kind == TLCJ_SHORT ? "(short) " : "";
+    const TLCJ_STATE *state = TLCJ_State(stream);
+    const TLI_SCOPE *frame = frame_of(last->identifier);
+    if (is_field || frame != nullptr) {
+        std::fputs(is_object ? "toll_field_item(" : "toll_field(", file);
+        if (is_field) {
+            written = write_reach(stream, term, REACH_RECORD);
+        } else if (frame == state->frame) {
+            std::fputs("toll_frame", file);
+        } else {
+            char outer[TLCJ_NAME_CAPACITY];
+            std::fprintf(file, "toll_top_%s", TLCJ_OwnName(stream, frame->identifier, outer));
+        }
+        std::fprintf(file, ", toll_r -> toll_r.%s, (toll_r, toll_v) -> toll_r.%s = %stoll_v)", name,
+                     name, cut);
+        return written;
+    }
+    TLCJ_Name(stream, last->identifier, name);
+    std::fprintf(file, "%s() -> %s, toll_v -> %s = %stoll_v)",
+                 is_object ? "toll_static_item(" : "toll_static(", name, name, cut);
+    return 1;
+}
+
+/* A local variable of which something keeps a reference has to be an array. */
+static bool box(TLC_STREAM *stream, TLI_IDENTIFIER *identifier)
+{
+    const TLCJ_STATE *state = TLCJ_State(stream);
+    if (TLI_IdentifierClass(identifier) == TLI_CONSTANT || state->has_frame) return false;
+    const TLI_SCOPE *frame = frame_of(identifier);
+    if (frame == nullptr || (state->frame != nullptr && state->frame != frame)) return false;
+    TLCJ_Mark(stream, identifier);
+    return true;
+}
+
+static int32_t write_copy(TLC_STREAM *stream, TLE_TERM *term)
+{
+    std::fputs("toll_copy(", stream->file);
+    int32_t written = write_value(stream, term);
+    std::fputs(")", stream->file);
+    return written;
+}
+
+static int32_t write_element_reference(TLC_STREAM *stream, TLE_TERM *term)
+{
+    std::fputs("toll_from(", stream->file);
+    int32_t written = write_reach(stream, term, REACH_NAME);
+    std::fputs(", ", stream->file);
+    written &= write_value(stream, last_field(term)->left);
+    std::fputs(")", stream->file);
+    return written;
+}
+
+/* Writes an object that stands for an item and those behind it in its array. */
+static int32_t write_reference(TLC_STREAM *stream, TLE_TERM *term)
+{
+    TLE_TERM *last = last_field(term);
+    TLI_IDENTIFIER *identifier = last->identifier;
+    bool is_named = last->kind == TLT_TOKEN_IDENTIFIER && identifier != nullptr;
+    if (!is_named) return write_copy(stream, term);
+    if (last->left != nullptr) return write_element_reference(stream, term);
+    if (TLCJ_IsVector(identifier) || TLCJ_IsReference(identifier)) {
+        return write_reach(stream, term, REACH_NAME);
+    }
+    bool is_array = (TLI_IdentifierFlags(identifier) & TLI_DIMENSIONED) != 0;
+    if (is_array || (last == term && box(stream, identifier))) {
+        std::fputs("toll_all(", stream->file);
+        int32_t written = write_reach(stream, term, REACH_NAME);
+        std::fputs(")", stream->file);
+        return written;
+    }
+    bool is_fixed = TLI_IdentifierClass(identifier) == TLI_CONSTANT;
+    bool is_record = TLIT_IsRecordType(last->type) != 0;
+    return is_fixed || is_record ? write_copy(stream, term) : write_accessors(stream, term);
+}
+
+/* Records are objects, which stand for themselves. */
+static bool is_one_record(const TLE_TERM *term)
+{
+    if (term->type == nullptr || !TLIT_IsRecordType(term->type)) return false;
+    TLI_IDENTIFIER *identifier = TLE_TermIdentifier(term);
+    const TLE_TERM *last = last_field(const_cast<TLE_TERM *>(term));
+    bool is_array =
+        identifier != nullptr && (TLI_IdentifierFlags(identifier) & TLI_DIMENSIONED) != 0;
+    return !is_array || last->left != nullptr;
+}
+
+static int32_t write_address(TLC_STREAM *stream, TLE_TERM *term, int32_t mode)
+{
+    bool is_object = mode == TLE_MODE_ADDRESS && is_one_record(term);
+    return is_object ? write_value(stream, term) : write_reference(stream, term);
+}
+
+/* ---- Operators ---- */
+
+/* Operators that are written as a method of Diagnostic. */
+static const char *method_of(const TLE_TERM *term)
+{
+    int32_t divisor = 1;
+    switch (term->kind) {
+    case TLT_TOKEN_STAR:
+    case TLT_TOKEN_SLASH:
+    case TLT_TOKEN_MOD:
+        break;
+    default:
+        return nullptr;
+    }
+    switch (term->extra & TLO_CODE_MASK) {
+    case EEP_SMUL:
+        return "toll_smul";
+    case EEP_SDIV:
+        return "toll_sdiv";
+    case EEP_DIV:
+        /* javac warns of a literal 0. */
+        return TLE_Constant(term->right, &divisor) && divisor == 0 ? "toll_div" : nullptr;
+    case EEP_REM:
+        return TLE_Constant(term->right, &divisor) && divisor == 0 ? "toll_rem" : nullptr;
+    default:
+        return nullptr;
+    }
+}
+
+static bool is_comparison_of_texts(const TLE_TERM *term)
+{
+    return is_truth(term) && !wants_truth(term) && term->extra != 0;
+}
+
+static bool needs_method_to_store(TLC_STREAM *stream, TLE_TERM *term);
+
+/* The level at which a term's own text binds. */
+static int32_t own_level(TLC_STREAM *stream, TLE_TERM *term)
+{
+    if (term->kind == TLT_TOKEN_ASSIGN) {
+        const TLE_TERM *last = last_field(term->left);
+        TLI_IDENTIFIER *identifier = last->identifier;
+        bool is_call = needs_method_to_store(stream, term) || TLCJ_IsReference(identifier) ||
+                       (TLCJ_IsVector(identifier) && last->left != nullptr);
+        return is_call ? TLE_LEVEL_OPERAND : TLE_LEVEL_ASSIGNMENT;
+    }
+    return method_of(term) != nullptr ? static_cast<int32_t>(TLE_LEVEL_OPERAND)
+                                      : TLE_TextLevel(term);
+}
+
+/* What a place makes of a term's own text. */
+struct SHAPE {
+    bool has_brackets; /* round it all */
+    bool is_word;      /* a boolean becomes a word */
+    bool is_test;      /* a word becomes a boolean */
+    bool has_inner;    /* brackets before the test */
+};
+
+static SHAPE shape_of(TLC_STREAM *stream, TLE_TERM *term, const PLACE &place)
+{
+    SHAPE shape = {};
+    bool gives_truth = is_truth(term);
+    int32_t level = own_level(stream, term);
+    shape.is_word = gives_truth && !place.is_condition;
+    shape.is_test = !gives_truth && place.is_condition;
+    shape.has_inner = shape.is_test && level <= TLE_LEVEL_EQUALITY;
+    if (shape.is_word) level = TLE_LEVEL_OPERAND;
+    if (shape.is_test) level = TLE_LEVEL_EQUALITY;
+    if (place.outer == nullptr) return shape;
+    /* The operands of a method are apart from one another. */
+    if (method_of(place.outer) != nullptr || is_comparison_of_texts(place.outer)) return shape;
+    shape.has_brackets = TLE_NeedsBrackets(TLE_TextLevel(place.outer), level, place.is_right);
+    return shape;
+}
+
+static void open_shape(TLC_STREAM *stream, const SHAPE &shape)
+{
+    if (shape.has_brackets) std::fputs("(", stream->file);
+    if (shape.is_word || shape.has_inner) std::fputs("(", stream->file);
+}
+
+static void close_shape(TLC_STREAM *stream, const SHAPE &shape)
+{
+    if (shape.is_word) std::fputs(" ? 1 : 0)", stream->file);
+    if (shape.has_inner) std::fputs(")", stream->file);
+    if (shape.is_test) std::fputs("!=0", stream->file);
+    if (shape.has_brackets) std::fputs(")", stream->file);
+}
+
+static void open_operator(TLC_STREAM *stream, const TLE_TERM *term)
+{
+    const char *method = is_comparison_of_texts(term) ? "toll_compare" : method_of(term);
+    if (method != nullptr) std::fprintf(stream->file, "%s(", method);
+}
+
+static PLACE operand_place(const TLE_TERM *outer, bool is_right)
+{
+    return { .outer = outer, .is_right = is_right, .is_condition = wants_truth(outer) };
+}
+
+/* A function beside an operator has the type of what it is compared with. */
+static int32_t write_operand(TLC_STREAM *stream, const TLE_TERM *outer, TLE_TERM *term)
+{
+    bool is_right = term == outer->right;
+    const TLE_TERM *other = is_right ? outer->left : outer->right;
+    if (term != nullptr && term->kind == TLE_ADDRESS && other != nullptr) {
+        return write_function(stream, other->type, term->identifier);
+    }
+    return write_at(stream, term, operand_place(outer, is_right));
+}
+
+static int32_t close_method(TLC_STREAM *stream, TLE_TERM *term)
+{
+    std::fputs(",", stream->file);
+    int32_t written = write_operand(stream, term, term->right);
+    int32_t code = term->extra & TLO_CODE_MASK;
+    bool is_compared = is_comparison_of_texts(term);
+    bool is_scaled = !is_compared && (code == EEP_SMUL || code == EEP_SDIV);
+    if (is_scaled) std::fprintf(stream->file, ",%d", TLO_Scale(term->extra));
+    std::fputs(")", stream->file);
+    if (is_compared) std::fprintf(stream->file, "%s0", TLE_JavaOperatorText(term));
+    return written;
+}
+
+/* What stands behind the left operand. */
+static int32_t close_operator(TLC_STREAM *stream, TLE_TERM *term)
+{
+    if (term->right == nullptr) return 0;
+    if (is_comparison_of_texts(term) || method_of(term) != nullptr) {
+        return close_method(stream, term);
+    }
+    std::fputs(TLE_JavaOperatorText(term), stream->file);
+    if (is_selection(term)) return write_reach(stream, term->right, REACH_ITEM);
+    return write_operand(stream, term, term->right);
+}
+
+static PLACE place_in_chain(const TLE_CHAIN &chain, int32_t at, const PLACE &place)
+{
+    return at == 0 ? place : operand_place(chain.terms[at - 1], false);
+}
+
+/* The far end of the chain comes first; each operator then goes on behind its left operand. */
+static int32_t write_chain(TLC_STREAM *stream, const TLE_CHAIN &chain, const PLACE &place)
+{
+    int32_t last = chain.count - 1;
+    for (int32_t i = 0; i <= last; ++i) {
+        open_shape(stream, shape_of(stream, chain.terms[i], place_in_chain(chain, i, place)));
+        open_operator(stream, chain.terms[i]);
+    }
+    TLE_TERM *end = chain.terms[last];
+    int32_t written = end->left == nullptr ? 1 : write_operand(stream, end, end->left);
+    for (int32_t i = last; i >= 0; --i) {
+        written &= close_operator(stream, chain.terms[i]);
+        close_shape(stream, shape_of(stream, chain.terms[i], place_in_chain(chain, i, place)));
+    }
+    return written;
+}
+
+static int32_t write_assignment(TLC_STREAM *stream, TLE_TERM *term);
+
+static int32_t write_operand_term(TLC_STREAM *stream, TLE_TERM *term, const PLACE &place)
+{
+    SHAPE shape = shape_of(stream, term, place);
+    open_shape(stream, shape);
+    int32_t written =
+        term->kind == TLT_TOKEN_ASSIGN ? write_assignment(stream, term) : write_value(stream, term);
+    close_shape(stream, shape);
+    return written;
+}
+
+static int32_t write_at(TLC_STREAM *stream, TLE_TERM *term, const PLACE &place)
+{
+    if (term == nullptr) return write_value(stream, nullptr);
+    bool is_complete = term->kind != TLT_TOKEN_ASSIGN || (term->left && term->right);
+    if (!is_complete) return 0;
+    if (TLE_TermOperator(term) == nullptr || term->kind == TLT_TOKEN_ASSIGN) {
+        return write_operand_term(stream, term, place);
+    }
+    TLE_CHAIN chain;
+    TLE_OpenChain(&chain, term);
+    int32_t written = write_chain(stream, chain, place);
+    TLE_CloseChain(&chain);
+    return written;
+}
+
+int32_t TLE_JavaOperator(TLC_STREAM *stream, TLE_TERM *term, int32_t mode)
+{
+    if (mode != TLE_MODE_VALUE) return is_selection(term) ? write_address(stream, term, mode) : 0;
+    return write_at(stream, term, FREE_PLACE);
+}
+
+int32_t TLE_JavaCondition(TLC_STREAM *stream, TLE_TERM *term)
+{
+    PLACE place = { .outer = nullptr, .is_right = false, .is_condition = true };
+    return write_at(stream, term, place);
+}
+
+/* ---- Values of a type ---- */
+
+static bool is_word(TLI_IDENTIFIER *type)
+{
+    return TLIT_TypeBaseType(nullptr, type) == TLIT_IntType || TLIT_IntegerType(type);
+}
+
+/* Is the Java text of a term a char or a short by itself? */
+static bool is_narrow_text(TLE_TERM *term)
+{
+    TLE_TERM *last = last_field(term);
+    TLI_IDENTIFIER *identifier = last->identifier;
+    if (last->kind != TLT_TOKEN_IDENTIFIER || identifier == nullptr) return false;
+    return !TLCJ_IsVector(identifier) && !TLCJ_IsReference(identifier);
+}
+
+/* A byte that may be more than its type has room for. */
+static bool is_wide(const TLE_TERM *term)
+{
+    return term->kind == TLE_BUILT_IN || term->kind == TLT_TOKEN_ASSIGN || term->kind == TLE_CALL ||
+           term->kind == TLE_INDIRECT_CALL;
+}
+
+/* Writes the low byte of a value, without brackets round it all. */
+static int32_t write_low_byte(TLC_STREAM *stream, TLE_TERM *term)
+{
+    int32_t level =
+        is_truth(term) ? static_cast<int32_t>(TLE_LEVEL_OPERAND) : own_level(stream, term);
+    bool has_brackets = TLE_NeedsBrackets(TLE_LEVEL_BIT_AND, level, false);
+    if (has_brackets) std::fputs("(", stream->file);
+    int32_t written = write_value(stream, term);
+    std::fputs(has_brackets ? ") & 255" : " & 255", stream->file);
+    return written;
+}
+
+static int32_t write_char(TLC_STREAM *stream, TLE_TERM *term)
+{
+    bool is_char = term->type == TLIT_CharType;
+    if (is_char && is_narrow_text(term)) return write_value(stream, term);
+    int32_t value = 0;
+    if (TLE_Constant(term, &value)) {
+        std::fprintf(stream->file, "(char) %d", value & 255);
+        return 1;
+    }
+    std::fputs("(char) (", stream->file);
+    int32_t written = write_low_byte(stream, term);
+    std::fputs(")", stream->file);
+    return written;
+}
+
+static int32_t write_short(TLC_STREAM *stream, TLE_TERM *term)
+{
+    bool is_short = term->type == TLIT_ShortType;
+    if (is_short && is_narrow_text(term)) return write_value(stream, term);
+    std::fputs("(short) (", stream->file);
+    int32_t written = write_value(stream, term);
+    std::fputs(")", stream->file);
+    return written;
+}
+
+static int32_t write_byte(TLC_STREAM *stream, TLE_TERM *term)
+{
+    int32_t value = 0;
+    bool is_literal = TLE_Constant(term, &value) != 0;
+    if (is_literal && (value < 0 || value > 255)) {
+        TLC_Literal(stream, value & 255);
+        return 1;
+    }
+    return is_wide(term) ? write_low_byte(stream, term) : write_value(stream, term);
+}
+
+static int32_t write_converted(TLC_STREAM *stream, const char *method, TLE_TERM *term)
+{
+    std::fprintf(stream->file, "%s(", method);
+    int32_t written = write_value(stream, term);
+    std::fputs(")", stream->file);
+    return written;
+}
+
+/* WORD takes everything of four bytes, but Java has no number for an object. */
+static int32_t lose_object(TLC_STREAM *stream, TLCJ_KIND kind)
+{
+    TLC_Error(stream, "WORD cannot hold an object in 'Java'");
+    std::fputs(kind == TLCJ_OBJECT ? "null" : "0", stream->file);
+    return 1;
+}
+
+int32_t TLE_JavaResult(TLC_STREAM *stream, TLI_IDENTIFIER *wanted, TLE_TERM *term)
+{
+    if (term == nullptr || wanted == nullptr) return write_value(stream, term);
+    if (term->kind == TLE_ADDRESS) return write_function(stream, wanted, term->identifier);
+    if (term->type == nullptr) return write_value(stream, term);
+    TLCJ_KIND kind = TLCJ_Kind(wanted);
+    if (term->kind == TLT_TOKEN_NULL && kind == TLCJ_WORD) {
+        std::fputs("0", stream->file);
+        return 1;
+    }
+    if (kind == TLCJ_FLOAT && is_word(term->type)) {
+        return write_converted(stream, "toll_float_of_word", term);
+    }
+    if (kind != TLCJ_FLOAT && kind != TLCJ_OBJECT && term->type == TLIT_FloatType) {
+        return write_converted(stream, "toll_word_of_float", term);
+    }
+    bool is_null = term->kind == TLT_TOKEN_NULL;
+    bool is_object = TLCJ_Kind(term->type) == TLCJ_OBJECT;
+    if (!is_null && (kind == TLCJ_OBJECT) != is_object) return lose_object(stream, kind);
+    return write_value(stream, term);
+}
+
+int32_t TLE_JavaValueAs(TLC_STREAM *stream, TLI_IDENTIFIER *wanted, TLE_TERM *term)
+{
+    bool is_plain = term == nullptr || wanted == nullptr || term->type == nullptr ||
+                    TLCJ_Kind(term->type) == TLCJ_FLOAT || TLCJ_Kind(term->type) == TLCJ_OBJECT;
+    if (is_plain) return TLE_JavaResult(stream, wanted, term);
+    if (wanted == TLIT_CharType) return write_char(stream, term);
+    if (wanted == TLIT_ShortType) return write_short(stream, term);
+    if (is_enumeration(wanted)) return write_byte(stream, term);
+    return TLE_JavaResult(stream, wanted, term);
+}
+
+/* ---- Assignment ---- */
+
+/* Items of one byte, of which a store keeps less than the value that it gives on. */
+static bool is_narrow(TLI_IDENTIFIER *type)
+{
+    return type == TLIT_CharType || type == TLIT_ShortType || is_enumeration(type);
+}
+
+/* Does an item of a narrow type keep all of a value? */
+static bool fits(TLI_IDENTIFIER *type, TLE_TERM *value)
+{
+    int32_t number = 0;
+    if (TLE_Constant(value, &number)) return number >= 0 && number <= 255;
+    if (is_enumeration(type)) return is_truth(value) || !is_wide(value);
+    return value->type == type && is_narrow_text(value);
+}
+
+/* Is it a name with nothing to work out before it? */
+static bool is_simple(const TLE_TERM *place)
+{
+    return place->kind == TLT_TOKEN_IDENTIFIER && place->left == nullptr;
+}
+
+/* Java works out the place first, P-code the value; one method has them in P-code's order. */
+static bool needs_method_to_store(TLC_STREAM *stream, TLE_TERM *term)
+{
+    TLE_TERM *place = term->left;
+    if (term->extra == TLO_STORE_ARRAY || term->extra == TLO_STORE_ADDRESS) return false;
+    bool is_used = term != stream->text.statement;
+    bool is_narrow_place = place->type != nullptr && is_narrow(place->type);
+    if (is_used && is_narrow_place && !fits(place->type, term->right)) return true;
+    int32_t value = 0;
+    if (is_simple(place) || TLE_Constant(term->right, &value)) return false;
+    return TLE_HasEffects(term->right) || TLE_HasEffects(place);
+}
+
+static int32_t write_source(TLC_STREAM *stream, TLE_TERM *term)
+{
+    switch (term->extra) {
+    case TLO_STORE_TIME_AS_CLOCK:
+        return write_converted(stream, "toll_clock_of_time", term->right);
+    case TLO_STORE_CLOCK_AS_TIME:
+        return write_converted(stream, "toll_time_of_clock", term->right);
+    case TLO_STORE_ADDRESS:
+        return TLE_TermCode(stream, term->right, TLE_MODE_ADDRESS);
+    case TLO_STORE_ARRAY:
+        return TLE_TermCode(stream, term->right, TLE_MODE_EXTENT);
+    default:
+        return TLE_JavaValueAs(stream, term->left->type, term->right);
+    }
+}
+
+/* The value as it was before the store cut it. */
+static int32_t write_uncut(TLC_STREAM *stream, TLE_TERM *term)
+{
+    bool is_plain = term->extra == TLO_STORE_VALUE && is_narrow(term->left->type);
+    return is_plain ? TLE_JavaResult(stream, term->left->type, term->right)
+                    : write_source(stream, term);
+}
+
+static int32_t write_stored_in_order(TLC_STREAM *stream, TLE_TERM *term)
+{
+    bool is_byte = is_enumeration(term->left->type);
+    std::fputs(is_byte ? "toll_store_byte(" : "toll_store(", stream->file);
+    int32_t written = write_uncut(stream, term);
+    std::fputs(", ", stream->file);
+    written &= write_reference(stream, term->left);
+    std::fputs(")", stream->file);
+    return written;
+}
+
+/* Writes the place and what opens the value; gives what closes it. */
+static const char *open_store(TLC_STREAM *stream, TLE_TERM *place, int32_t *written)
+{
+    TLE_TERM *last = last_field(place);
+    TLI_IDENTIFIER *identifier = last->identifier;
+    *written = 0;
+    if (identifier == nullptr) return "";
+    bool is_element = TLCJ_IsVector(identifier) && last->left != nullptr;
+    if (!is_element && !TLCJ_IsReference(identifier)) {
+        *written = write_reach(stream, place, REACH_ITEM);
+        std::fputs("=", stream->file);
+        return "";
+    }
+    *written = write_reach(stream, place, REACH_NAME);
+    std::fputs(".set(", stream->file);
+    if (is_element) {
+        *written &= write_value(stream, last->left);
+    } else {
+        std::fputs("0", stream->file);
+    }
+    std::fputs(", ", stream->file);
+    return ")";
+}
+
+static int32_t write_assignment(TLC_STREAM *stream, TLE_TERM *term)
+{
+    int32_t written = 0;
+    if (term->left == nullptr || term->right == nullptr) return 0;
+    if (needs_method_to_store(stream, term)) return write_stored_in_order(stream, term);
+    const char *end = open_store(stream, term->left, &written);
+    written &= write_source(stream, term);
+    std::fputs(end, stream->file);
+    return written;
+}
+
+void TLE_JavaStoreName(TLC_STREAM *stream, TLE_TERM *place, const char *name)
+{
+    int32_t written = 0;
+    const char *end = open_store(stream, place, &written);
+    TLCJ_KIND kind = TLCJ_Kind(place->type);
+    const char *form = is_enumeration(place->type) ? "%s & 255" : "%s";
+    if (kind == TLCJ_CHAR) form = "(char) (%s & 255)";
+    if (kind == TLCJ_SHORT) form = "(short) (%s)";
+    std::fprintf(stream->file, form, name);
+    std::fputs(end, stream->file);
+}
+
+bool TLE_IsJavaVariable(const TLE_TERM *place)
+{
+    return is_simple(place) && place->identifier != nullptr &&
+           !TLCJ_IsReference(place->identifier) && !TLCJ_IsVector(place->identifier);
+}
+
+/* ---- Calls ---- */
+
+static bool is_text(TLC_STREAM *stream, TLI_IDENTIFIER *type)
+{
+    return type == TLIT_StringType || TLIT_IsStringType(TLP_DataTypeDomain(stream->module), type);
+}
+
+static bool holds_characters(TLI_IDENTIFIER *type)
+{
+    return (TLIT_IsArrayType(type) ? TLIT_ArrayOf(type) : type) == TLIT_CharType;
+}
+
+static int32_t write_reference_argument(TLC_STREAM *stream, TLI_IDENTIFIER *formal, TLE_TERM *link)
+{
+    TLE_TERM *actual = link->left;
+    if (TLCJ_IsVector(formal)) return TLE_TermCode(stream, actual, TLE_MODE_EXTENT);
+    bool is_pointer = link->extra == TLE_PASS_POINTER;
+    return TLE_TermCode(stream, actual, is_pointer ? TLE_MODE_VALUE : TLE_MODE_ADDRESS);
+}
+
+/* An array with no subscript of its own. */
+static bool is_whole_array(const TLE_TERM *term)
+{
+    const TLE_TERM *last = last_field(const_cast<TLE_TERM *>(term));
+    return last->kind == TLT_TOKEN_IDENTIFIER && last->identifier != nullptr &&
+           last->left == nullptr && (TLI_IdentifierFlags(last->identifier) & TLI_DIMENSIONED) != 0;
+}
+
+/* An argument behind the declared ones: an object whose class tells what it is. */
+static int32_t write_extra_argument(TLC_STREAM *stream, TLE_TERM *link)
+{
+    TLE_TERM *actual = link->left;
+    if (actual->type != nullptr && (link->extra == TLE_PASS_ARRAY || is_whole_array(actual))) {
+        return TLE_TermCode(stream, actual, TLE_MODE_EXTENT);
+    }
+    TLCJ_KIND kind = TLCJ_Kind(actual->type);
+    bool is_narrow_item =
+        kind == TLCJ_CHAR && actual->kind != TLT_TOKEN_NUMBER && is_narrow_text(actual);
+    if (is_narrow_item) std::fputs("(int) ", stream->file);
+    if (actual->kind == TLT_TOKEN_NULL) std::fputs("(Object) ", stream->file);
+    return write_value(stream, actual);
+}
+
+static int32_t write_argument(TLC_STREAM *stream, TLI_IDENTIFIER *formal, TLE_TERM *link)
+{
+    TLE_TERM *actual = link->left;
+    if (actual == nullptr) return write_value(stream, nullptr);
+    if (formal == nullptr) return write_extra_argument(stream, link);
+    if (TLIV_ArgumentPassType(formal) != TLIV_BY_VALUE) {
+        return write_reference_argument(stream, formal, link);
+    }
+    TLI_IDENTIFIER *type = TLI_IdentifierType(formal);
+    if (TLIT_IsArrayType(type)) return TLE_TermCode(stream, actual, TLE_MODE_EXTENT);
+    bool is_characters = is_text(stream, type) && holds_characters(actual->type);
+    if (!is_characters) return TLE_JavaValueAs(stream, type, actual);
+    std::fputs("toll_text(", stream->file);
+    int32_t written = TLE_TermCode(stream, actual, TLE_MODE_EXTENT);
+    std::fputs(")", stream->file);
+    return written;
+}
+
+int32_t TLE_JavaCall(TLC_STREAM *stream, TLE_TERM *term, int32_t direct)
+{
+    char name[TLCJ_NAME_CAPACITY];
+    TLI_IDENTIFIER *function = term->identifier;
+    if (function == nullptr) return 0;
+    if (direct) {
+        std::fprintf(stream->file, "%s(", TLCJ_Name(stream, function, name));
+    } else {
+        TLE_TERM whole = *term;
+        whole.left = nullptr;
+        write_identifier(stream, &whole);
+        std::fputs(".call(", stream->file);
+    }
+    int32_t done = 1;
+    int32_t index = 0;
+    for (TLE_TERM *link = term->left; link != nullptr; link = link->right, ++index) {
+        done &= write_argument(stream, TLIV_GetFunctionArgument(function, index), link);
+        if (link->right != nullptr) std::fputs(",", stream->file);
+    }
+    std::fputs(")", stream->file);
+    return done;
+}
+
+/* ---- Operands ---- */
+
+static int32_t write_operand_value(TLC_STREAM *stream, TLE_TERM *term)
+{
+    switch (term->kind) {
+    case TLT_TOKEN_IDENTIFIER:
+        return write_identifier(stream, term);
+    case TLE_INDIRECT_CALL:
+        return TLE_JavaCall(stream, term, 0);
+    case TLE_CALL:
+        return TLE_JavaCall(stream, term, 1);
+    case TLE_BUILT_IN:
+        return TLB_GenerateCode(stream, term);
+    case TLT_TOKEN_NUMBER:
+        return write_number(stream, term);
+    case TLE_ADDRESS:
+        return write_function(stream, term->type, term->identifier);
+    case TLT_TOKEN_NULL:
+    case TLT_TOKEN_STRING:
+    case TLT_TOKEN_DATA_LITERAL:
+        TLE_DataTerm(stream, term);
+        return 1;
+    default:
+        return 0;
+    }
+}
+
+int32_t TLE_JavaOperand(TLC_STREAM *stream, TLE_TERM *term, int32_t mode)
+{
+    if (mode == TLE_MODE_VALUE) return write_operand_value(stream, term);
+    return term->type == nullptr && term->identifier == nullptr ? 0
+                                                                : write_address(stream, term, mode);
+}
+
+/* ---- Statements ---- */
+
+/* Java takes only calls and assignments for statements. */
+static bool is_statement(const TLE_TERM *term)
+{
+    switch (term->kind) {
+    case TLT_TOKEN_ASSIGN:
+    case TLE_CALL:
+    case TLE_INDIRECT_CALL:
+        return true;
+    case TLE_BUILT_IN:
+        return TLB_IsJavaCall(term);
+    default:
+        return false;
+    }
+}
+
+int32_t TLE_JavaStatement(TLC_STREAM *stream, TLE_TERM *term)
+{
+    if (term == nullptr || is_statement(term)) return write_value(stream, term);
+    std::fputs("toll_drop(", stream->file);
+    int32_t written = write_value(stream, term);
+    std::fputs(")", stream->file);
+    return written;
+}

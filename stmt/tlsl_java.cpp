@@ -1,0 +1,129 @@
+/*
+ * WHILE and FOR as Java text.
+ */
+#include "stmt/tlsl.h"
+
+#include <cstdio>
+
+#include "expr/tle.h"
+#include "stmt/tls_java.h"
+#include <ostrum/tlit.h>
+
+/* No loop of TOLL is endless to javac, so that control always goes on behind it. */
+static void write_body(TLC_STREAM *stream, TLS_BLOCK *body)
+{
+    TLS_OneBlockJCode(stream, body);
+    TLS_SetOpen(stream, true);
+}
+
+void TLSL_WhileJavaText(TLS_BLOCK *block, TLC_STREAM *stream, TLS_STATEMENT *record)
+{
+    const auto *loop = reinterpret_cast<TLSL_WHILE *>(record);
+    if (!TLS_IsWritten(stream, record, loop->condition)) return;
+    bool is_constant = TLE_IsJavaConstant(loop->condition);
+    std::fprintf(stream->file, "%*swhile (", block->indent, "");
+    if (is_constant) {
+        std::fputs("toll_truth(", stream->file);
+        TLE_ExpressionCode(stream, loop->condition, TLE_MODE_VALUE);
+        std::fputs(")", stream->file);
+    } else {
+        TLE_JavaCondition(stream, loop->condition);
+    }
+    std::fputs(")\n", stream->file);
+    write_body(stream, loop->body);
+}
+
+/* ---- FOR ---- */
+
+static void write_value(TLC_STREAM *stream, TLE_TERM *term)
+{
+    TLE_ExpressionCode(stream, term, TLE_MODE_VALUE);
+}
+
+/* The last value that the variable of a loop can take without being cut. */
+static int64_t highest_value(TLI_IDENTIFIER *type)
+{
+    bool is_enumeration = TLIT_TypeSubclass(nullptr, type) == TLIT_SUBCLASS_ENUMERATION;
+    if (type == TLIT_CharType || is_enumeration) return UINT8_MAX;
+    return type == TLIT_ShortType ? INT16_MAX : INT32_MAX;
+}
+
+/*
+ * The limit and the step of a loop are worked out once, and what is held against the limit is not
+ * cut to the size of the variable. With literals, Java's own loop does the same.
+ */
+static bool is_plain(const TLSL_FOR *loop)
+{
+    int32_t limit = 0;
+    int32_t step = 1;
+    if (!TLE_Constant(loop->limit, &limit)) return false;
+    if (loop->step != nullptr && !TLE_Constant(loop->step, &step)) return false;
+    if (!TLE_IsJavaVariable(loop->variable)) return false;
+    return static_cast<int64_t>(limit) + step <= highest_value(loop->variable->type);
+}
+
+static void write_plain(TLC_STREAM *stream, const TLS_BLOCK *block, const TLSL_FOR *loop)
+{
+    FILE *file = stream->file;
+    std::fprintf(file, "%*sfor (", block->indent, "");
+    write_value(stream, loop->variable);
+    std::fputs(" = ", file);
+    TLE_JavaValueAs(stream, loop->variable->type, loop->start);
+    std::fputs(" ; ", file);
+    write_value(stream, loop->variable);
+    std::fputs("<=", file);
+    write_value(stream, loop->limit);
+    std::fputs(" ; ", file);
+    write_value(stream, loop->variable);
+    if (loop->step == nullptr) {
+        std::fputs("++", file);
+    } else {
+        std::fputs(" += ", file);
+        write_value(stream, loop->step);
+    }
+    std::fputs(")\n", file);
+}
+
+/* Declares a word of the loop's own. */
+static int32_t write_word(TLC_STREAM *stream, const TLS_BLOCK *block, TLE_TERM *value)
+{
+    int32_t name = TLS_NewJavaName(stream);
+    std::fprintf(stream->file, "%*sint toll_%d = ", block->indent, "", name);
+    if (value != nullptr) {
+        write_value(stream, value);
+    } else {
+        std::fputs("1", stream->file);
+    }
+    std::fputs(";\n", stream->file);
+    return name;
+}
+
+/* The words of the loop: its limit, its step and its present value. */
+static void write_full(TLC_STREAM *stream, const TLS_BLOCK *block, const TLSL_FOR *loop)
+{
+    FILE *file = stream->file;
+    int32_t limit = write_word(stream, block, loop->limit);
+    int32_t step = write_word(stream, block, loop->step);
+    int32_t value = write_word(stream, block, loop->start);
+    char name[32];
+    std::snprintf(name, sizeof name, "toll_%d", value);
+    std::fprintf(file, "%*sfor (", block->indent, "");
+    TLE_JavaStoreName(stream, loop->variable, name);
+    std::fprintf(file, " ; %s<=toll_%d ; %s = ", name, limit, name);
+    write_value(stream, loop->variable);
+    std::fprintf(file, " + toll_%d, ", step);
+    TLE_JavaStoreName(stream, loop->variable, name);
+    std::fputs(")\n", file);
+}
+
+void TLSL_ForJavaText(TLS_BLOCK *block, TLC_STREAM *stream, TLS_STATEMENT *record)
+{
+    const auto *loop = reinterpret_cast<TLSL_FOR *>(record);
+    if (!TLS_IsOpen(stream) || !TLSL_ForIsGenerable(loop)) return;
+    if (is_plain(loop)) {
+        write_plain(stream, block, loop);
+    } else {
+        write_full(stream, block, loop);
+    }
+    write_body(stream, loop->body);
+}
