@@ -152,14 +152,16 @@ DESTINATION find_destination(const COMPILATION &compilation)
 {
     const std::string &output = compilation.options->output;
     const bool is_module = wants(compilation, TOLL_TARGET_KOB);
-    const bool is_text = wants(compilation, TOLL_TARGET_C);
-    if (!is_text && !output.empty() && !is_directory(output)) return { output, {} };
+    const bool is_c = wants(compilation, TOLL_TARGET_C);
+    const bool is_java = wants(compilation, TOLL_TARGET_JAVA);
+    if (!is_c && !is_java && !output.empty() && !is_directory(output)) return { output, {} };
     DESTINATION destination = { base_path(compilation), {} };
     if (is_module) destination.extensions.emplace_back(".kob");
-    if (is_text) {
+    if (is_c) {
         destination.extensions.emplace_back(".h");
         destination.extensions.emplace_back(".c");
     }
+    if (is_java) destination.extensions.emplace_back(".java");
     return destination;
 }
 
@@ -183,26 +185,48 @@ bool is_source(const COMPILATION &compilation, const DESTINATION &destination)
     return false;
 }
 
+/** Runs the generator of one target. */
+int32_t run_generator(const COMPILATION &compilation, const TOLL_OUTPUT &output, TOLL_TARGET target)
+{
+    const uint32_t flags = compilation.options->compile_flags;
+    switch (target) {
+    case TOLL_TARGET_C:
+        return TLCG_GenerateCCode(compilation.module, flags, output.base.c_str(), tool_number,
+                                  OSTRUM_VERSION);
+    case TOLL_TARGET_JAVA: {
+        // The directory decides about the package of the class.
+        const std::string made = output.base + ".java";
+        const std::string path = enter_package() + made;
+        const int32_t result = TLCG_GenerateJavaCode(compilation.module, flags, path.c_str(),
+                                                     tool_number, OSTRUM_VERSION);
+        leave_package(path, made);
+        return result;
+    }
+    default:
+        return TLCG_GenerateKOBCode(compilation.module, flags, output.files[0].made.c_str(),
+                                    tool_number, OSTRUM_VERSION);
+    }
+}
+
 /** Runs one generator into an open output; true if what it wrote is complete. */
 bool generate(const COMPILATION &compilation, const TOLL_OUTPUT &output, TOLL_TARGET target)
 {
     const int32_t errors_before = error_count();
-    const auto run = target == TOLL_TARGET_C ? TLCG_GenerateCCode : TLCG_GenerateKOBCode;
-    const std::string &name = target == TOLL_TARGET_C ? output.base : output.files[0].made;
-    const int32_t result = run(compilation.module, compilation.options->compile_flags, name.c_str(),
-                               tool_number, OSTRUM_VERSION);
+    const int32_t result = run_generator(compilation, output, target);
     if (result != 0) report_problem(output.target, TLCG_Message(result));
     return result == 0 && error_count() == errors_before && !SM_Aborted();
 }
 
 /** Tells what a text target could not express; true if that is nothing. The text tells where. */
-bool is_expressed(const COMPILATION &compilation)
+bool is_expressed(const COMPILATION &compilation, TOLL_TARGET target)
 {
+    const std::string language = target == TOLL_TARGET_C ? "C" : "Java";
     const int32_t count = TLC_TextErrors(nullptr);
     if (count == 0) return true;
     const std::string number = std::to_string(count);
     report_problem(compilation.source, number + (count == 1 ? " place" : " places") +
-                                           " cannot be expressed in C; see 'ERROR' in the output");
+                                           " cannot be expressed in " + language +
+                                           "; see 'ERROR' in the output");
     return false;
 }
 
@@ -210,10 +234,10 @@ bool is_expressed(const COMPILATION &compilation)
 bool generate_all(const COMPILATION &compilation, const TOLL_OUTPUT &output, bool *is_whole)
 {
     *is_whole = true;
-    for (const TOLL_TARGET target : { TOLL_TARGET_KOB, TOLL_TARGET_C }) {
+    for (const TOLL_TARGET target : { TOLL_TARGET_KOB, TOLL_TARGET_C, TOLL_TARGET_JAVA }) {
         if (!wants(compilation, target)) continue;
         if (!generate(compilation, output, target)) return false;
-        if (target != TOLL_TARGET_KOB && !is_expressed(compilation)) *is_whole = false;
+        if (target != TOLL_TARGET_KOB && !is_expressed(compilation, target)) *is_whole = false;
     }
     return true;
 }

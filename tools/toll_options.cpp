@@ -22,6 +22,7 @@ struct TARGET_WORD {
 constexpr TARGET_WORD target_words[] = {
     { "kob", TOLL_TARGET_KOB },
     { "c", TOLL_TARGET_C },
+    { "java", TOLL_TARGET_JAVA },
 };
 
 enum OPTION_CODE {
@@ -191,8 +192,8 @@ constexpr OPTION option_table[] = {
     { .code = OPTION_TARGET,
       .long_name = "target",
       .argument = required_argument,
-      .synopsis = "    --target=kob|c",
-      .meaning = "write a module file (default) or C source; may be repeated for several",
+      .synopsis = "    --target=kob|c|java",
+      .meaning = "write a module file (default), C or Java source; may be repeated for several",
       .set = add_target },
     { .code = 'I',
       .long_name = nullptr,
@@ -314,8 +315,8 @@ void print_help()
     printf(
         "\n-I and -D may be repeated. Used modules are also looked for in the directories of\n"
         "TollInclude, separated by ';'.\n\n"
-        "--target=c writes NAME.h and NAME.c; -o then gives NAME, and an extension of it is "
-        "dropped.\n\n"
+        "--target=c writes NAME.h and NAME.c, --target=java NAME.java; -o then gives NAME, and an\n"
+        "extension of it is dropped.\n\n"
         "--tree-graph writes one digraph for each tree once every source has compiled, all into\n"
         "one file; with -n nothing else is written.\n\n"
         "Exit status: 0 compiled, warnings included; 1 errors in a source or an output that\n"

@@ -8,8 +8,9 @@ enum TOLL_FORMAT { TOLL_FORMAT_TEXT, TOLL_FORMAT_JSON, TOLL_FORMAT_COUNT };
 
 /** What a module is turned into; bits of a set. */
 enum TOLL_TARGET : uint32_t {
-    TOLL_TARGET_KOB = 1, // module file
-    TOLL_TARGET_C = 2,   // header and C file
+    TOLL_TARGET_KOB = 1,  // module file
+    TOLL_TARGET_C = 2,    // header and C file
+    TOLL_TARGET_JAVA = 4, // Java class
 };
 
 /** What a command line of toll asks for. */

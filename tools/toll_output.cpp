@@ -201,6 +201,28 @@ std::string publish_output(TOLL_OUTPUT *output)
     return problem;
 }
 
+std::string enter_package()
+{
+    static const std::string package = "/halvorn/libs";
+    // The working directory is the temporary one inside the target's.
+    char *whole = realpath("..", nullptr);
+    const std::string directory = whole == nullptr ? "" : whole;
+    free(whole);
+    const bool is_inside =
+        directory.size() >= package.size() &&
+        directory.compare(directory.size() - package.size(), package.size(), package) == 0;
+    if (!is_inside || mkdir("halvorn", 0777) != 0) return "";
+    return mkdir("halvorn/libs", 0777) == 0 ? "halvorn/libs/" : "";
+}
+
+void leave_package(const std::string &path, const std::string &made)
+{
+    if (path == made) return;
+    if (rename(path.c_str(), made.c_str()) != 0) unlink(path.c_str());
+    rmdir("halvorn/libs");
+    rmdir("halvorn");
+}
+
 void discard_output(TOLL_OUTPUT *output)
 {
     drop_made(*output);

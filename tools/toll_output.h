@@ -45,6 +45,17 @@ std::string open_output(const std::string &target, const std::vector<std::string
  */
 std::string publish_output(TOLL_OUTPUT *output);
 
+/**
+ * Sees that a Java class is written where its directory has the name of its package, while an
+ * output is open.
+ *
+ * @return        directory for the class, with its '/'; empty for the working directory
+ */
+std::string enter_package();
+
+/** Moves a class from the directory of its package to the working directory. */
+void leave_package(const std::string &path, const std::string &made);
+
 /** Drops what was written, and closes the output. All files are as they were before. */
 void discard_output(TOLL_OUTPUT *output);
 
