@@ -50,6 +50,11 @@
 #include <ostrum/tlsl.h>
 #include <ostrum/tlss.h>
 
+/* Data sections */
+#include <ostrum/tld.h>
+#include <ostrum/tldv.h>
+#include <ostrum/tldw.h>
+
 /* Code generation */
 #include <ostrum/eep.h>
 #include <ostrum/tlc.h>

@@ -1,0 +1,93 @@
+/*
+ * Data sections: what the kinds share inside the library. The main item of a section is the head of
+ * its tree of blocks; the section's statements stand in the item's sub-block.
+ */
+#pragma once
+
+#include "stmt/tls.h"
+
+#include <ostrum/tld.h>
+
+/* First byte of a record. */
+enum : int32_t {
+    TLD_RECORD_CONNECTOR = 1,
+    TLD_RECORD_END = 2, /* of a connector or a component */
+    TLD_RECORD_VIEW = 3,
+    TLD_RECORD_PIN = 4,
+    TLD_RECORD_POINT = 5,
+    TLD_RECORD_COMPONENT = 6,
+    TLD_RECORD_CONVERTER = 7,
+    TLD_RECORD_VIEW_WITH_HELP = 10,
+    TLD_RECORD_VARIABLE = 11,
+};
+
+/* What TLD_FindAttribute gives after a message. */
+enum { TLD_NO_ATTRIBUTE = -1 };
+
+/* What every main item begins with. */
+struct TLD_SECTION {
+    TLS_STATEMENT common;
+    TLI_IDENTIFIER *identifier; /* the section's function */
+    TLS_BLOCK *sub_block;       /* owned */
+    TLC_PSECT *section;         /* of the record; set when the code is generated */
+    int32_t symbol_class;       /* set when the code is generated; nested items use it */
+};
+
+/* How the main item of a kind is made. */
+struct TLD_SECTION_KIND {
+    const char *tag;
+    int32_t size; /* bytes of the item */
+    const TLS_STATEMENT_CLASS *statement_class;
+    void (*set_defaults)(TLS_STATEMENT *item); /* null if all fields start at 0 */
+};
+
+/* What a word begins, in a block. */
+struct TLD_ITEM_WORD {
+    int32_t word; /* TLD_WORD_ */
+    void (*parse)(TLS_BLOCK *root, TLT_STATEMENT *statement, TLS_STATEMENT *item);
+};
+
+/** @param item main item of any kind @return it as such */
+inline TLD_SECTION *TLD_AsSection(TLS_STATEMENT *item)
+{
+    return reinterpret_cast<TLD_SECTION *>(item);
+}
+
+/**
+ * Begins a section: makes the main item, the root block and the item's sub-block.
+ * @param kind how the item is made
+ * @param module the module
+ * @param function the section's function identifier
+ * @param statement the statement that opens the section
+ * @param type section type
+ * @return the root block, which owns the item
+ */
+TLS_BLOCK *TLD_BeginSection(const TLD_SECTION_KIND &kind, TLP_MODULE *module,
+                            TLI_IDENTIFIER *function, TLT_STATEMENT *statement, int32_t type);
+
+/**
+ * Parses a statement by its first word: the items of the table, nothing for END, and an attribute
+ * list for anything else.
+ * @param root root block
+ * @param statement the statement, nothing of it consumed
+ * @param item the item that the block belongs to
+ * @param words what else begins an item
+ * @param count entries of words
+ * @param handler takes the attributes of the item
+ */
+void TLD_ParseItem(TLS_BLOCK *root, TLT_STATEMENT *statement, TLS_STATEMENT *item,
+                   const TLD_ITEM_WORD *words, int32_t count, TLD_HANDLER handler);
+
+/**
+ * Gives a field a term, as TLD_SetValue does, and deletes the term that it held.
+ * @param statement the statement
+ * @param slot in and out: the field; owns the term from then on
+ * @param value the term, from TLD_ExpectConstant
+ */
+void TLD_SetTerm(TLT_STATEMENT *statement, TLE_TERM **slot, intptr_t value);
+
+/** Reports "Value for '%s' not specified" if a field has no term. */
+void TLD_CheckTerm(TLS_STATEMENT *item, const TLE_TERM *term, const char *name);
+
+/** Opens the record of a main item: the function's symbol, and a section for the bytes. */
+void TLD_OpenRecord(TLC_STREAM *stream, TLS_STATEMENT *item);
