@@ -111,6 +111,32 @@ public:
         TLIV_PopScope(TLP_ModuleDomain(module), identifier);
     }
 
+protected:
+    // What a fix-up stands for, as code() shows it.
+    static std::string describe(TLC_STREAM *stream, const TLC_FIXUP *fixup,
+                                const std::map<const TLC_PSECT *, int> &numbers)
+    {
+        if (fixup->kind == TLC_FIXUP_JUMP) {
+            auto *jump = reinterpret_cast<const TLC_JUMP_FIXUP *>(fixup);
+            auto *node = static_cast<TLS_STATEMENT *>(TLIC_NodeData(jump->node));
+            const TLC_PSECT *target = node == nullptr ? jump->target : TLSS_NodePSect(node);
+            return "->" + std::to_string(numbers.at(target));
+        }
+        if (fixup->kind == TLC_FIXUP_STRING) {
+            auto *string = reinterpret_cast<const TLC_STRING_FIXUP *>(fixup);
+            auto *pool = reinterpret_cast<const char *>(stream->string_section->code);
+            return "\"" + std::string(pool + string->string_offset) + "\"";
+        }
+        if (fixup->kind == TLC_FIXUP_STATIC) return "static";
+        auto *symbol = reinterpret_cast<const TLC_SYMBOL_FIXUP *>(fixup);
+        char buffer[TLC_SYMBOL_NAME_SIZE];
+        const char *name = symbol->identifier == nullptr
+                               ? symbol->name
+                               : TLC_IdentifierSymbol(symbol->identifier, buffer);
+        return std::to_string(fixup->symbol_class) + ":" + name + "/" +
+               TLI_IdentifierName(symbol->type);
+    }
+
 private:
     static inline CompiledSource *current = nullptr;
     uint32_t flags;
@@ -178,30 +204,6 @@ private:
             text += "| " + list_section(stream, at, numbers);
         }
         return text;
-    }
-
-    static std::string describe(TLC_STREAM *stream, const TLC_FIXUP *fixup,
-                                const std::map<const TLC_PSECT *, int> &numbers)
-    {
-        if (fixup->kind == TLC_FIXUP_JUMP) {
-            auto *jump = reinterpret_cast<const TLC_JUMP_FIXUP *>(fixup);
-            auto *node = static_cast<TLS_STATEMENT *>(TLIC_NodeData(jump->node));
-            const TLC_PSECT *target = node == nullptr ? jump->target : TLSS_NodePSect(node);
-            return "->" + std::to_string(numbers.at(target));
-        }
-        if (fixup->kind == TLC_FIXUP_STRING) {
-            auto *string = reinterpret_cast<const TLC_STRING_FIXUP *>(fixup);
-            auto *pool = reinterpret_cast<const char *>(stream->string_section->code);
-            return "\"" + std::string(pool + string->string_offset) + "\"";
-        }
-        if (fixup->kind == TLC_FIXUP_STATIC) return "static";
-        auto *symbol = reinterpret_cast<const TLC_SYMBOL_FIXUP *>(fixup);
-        char buffer[TLC_SYMBOL_NAME_SIZE];
-        const char *name = symbol->identifier == nullptr
-                               ? symbol->name
-                               : TLC_IdentifierSymbol(symbol->identifier, buffer);
-        return std::to_string(fixup->symbol_class) + ":" + name + "/" +
-               TLI_IdentifierName(symbol->type);
     }
 
     static int64_t operand(const uint8_t *bytes, int32_t size)
