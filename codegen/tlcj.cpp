@@ -85,7 +85,9 @@ static constexpr const char *reserved_words[] = {
 
 /* Classes that generated text uses without naming their package, beside those above. */
 static constexpr const char *library_classes[] = {
-    "Boolean", "Character", "Error", "Exception", "Float", "Integer", "Math", "Number", "System",
+    "Boolean", "Character", "Component", "Connector", "Converter", "Error",  "Exception",
+    "Fault",   "Float",     "Hardware",  "Integer",   "Math",      "Number", "Pin",
+    "Point",   "System",    "Varloc",    "View",      "Waveform",
 };
 
 static bool is_reserved(const char *name)

@@ -23,7 +23,7 @@ public class Data {
      */
     public Data(String type, String name) {
         this.type = type;
-        this.name = name;
+        this.name = name == null ? "" : name;
     }
 
     /** The item of a type and name: made at the first call, and the same at every other. */
@@ -43,6 +43,15 @@ public class Data {
     public Data with(String attribute, Object value) {
         attributes.put(attribute, value);
         return this;
+    }
+
+    /** Adds a value to an attribute, behind those that it has. */
+    void append(String attribute, Data value) {
+        Object before = attributes.get(attribute);
+        Object[] values = before instanceof Object[] ? (Object[]) before : new Object[0];
+        Object[] all = java.util.Arrays.copyOf(values, values.length + 1, Object[].class);
+        all[values.length] = value;
+        attributes.put(attribute, all);
     }
 
     /**

@@ -1,6 +1,7 @@
 package halvorn.types;
 
 import java.util.HashMap;
+import java.util.List;
 import java.util.Map;
 import java.util.function.BiConsumer;
 import java.util.function.Consumer;
@@ -31,7 +32,8 @@ public abstract class Diagnostic {
 
     private static volatile Hardware hardware = new Hardware() { };
 
-    private static final Map<String, Object> FUNCTIONS = new HashMap<>();
+    // By class loader and name: a module that is loaded twice has its functions twice.
+    private static final Map<List<Object>, Object> FUNCTIONS = new HashMap<>();
 
     /** There is nothing to make an object of: all that is generated is static. */
     protected Diagnostic() { }
@@ -184,9 +186,10 @@ public abstract class Diagnostic {
     /** The one object that stands for a function of a type, so that two uses of it are the same. */
     @SuppressWarnings("unchecked")
     protected static <T> T toll_function(String name, T function) {
+        List<Object> key = List.of(function.getClass().getClassLoader(), name);
         synchronized (FUNCTIONS) {
-            Object known = FUNCTIONS.get(name);
-            if (known == null) FUNCTIONS.put(name, function);
+            Object known = FUNCTIONS.get(key);
+            if (known == null) FUNCTIONS.put(key, function);
             return known == null ? function : (T) known;
         }
     }

@@ -32,8 +32,15 @@ public abstract class Vector {
         return text.toString();
     }
 
+    /** Tells whether the items are characters. */
+    public boolean isText() {
+        return false;
+    }
+
+    /** The text of characters; other words in brackets. */
     @Override
     public String toString() {
+        if (isText()) return text();
         StringBuilder text = new StringBuilder("[");
         for (int i = 0; i < length(); i++) text.append(i == 0 ? "" : ", ").append(get(i));
         return text.append("]").toString();
@@ -96,6 +103,11 @@ public abstract class Vector {
 
         Characters(char[] items) {
             this.items = items;
+        }
+
+        @Override
+        public boolean isText() {
+            return true;
         }
 
         @Override
@@ -174,6 +186,11 @@ public abstract class Vector {
         Rest(Vector whole, int first) {
             this.whole = whole;
             this.first = first;
+        }
+
+        @Override
+        public boolean isText() {
+            return whole.isText();
         }
 
         @Override
