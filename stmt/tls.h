@@ -72,6 +72,22 @@ TLS_STATEMENT *TLS_NewStatement(const char *tag, int32_t size,
  */
 bool TLS_Generable(const TLS_STATEMENT *record, const TLE_TERM *expression);
 
+/**
+ * Opens the program section in which a statement's code begins, and notes its source line there.
+ * @param stream P-code stream
+ * @param record statement record
+ * @return the section, which is the current one
+ */
+TLC_PSECT *TLS_OpenSection(TLC_STREAM *stream, const TLS_STATEMENT *record);
+
+/**
+ * Adds a jump to the current section.
+ * @param stream P-code stream
+ * @param code operation code of the jump
+ * @param target section whose start is jumped to
+ */
+void TLS_Jump(TLC_STREAM *stream, int32_t code, TLC_PSECT *target);
+
 /** Lists the line before a block's statements. @param label the block's @param indent columns */
 void TLS_PrintOpening(const char *label, int32_t indent);
 

@@ -41,11 +41,17 @@ bool TLS_Generable(const TLS_STATEMENT *record, const TLE_TERM *expression)
     return expression != nullptr && TLT_StatementError(record->statement) < TLT_LEVEL_ERROR;
 }
 
-/* Every statement opens a section of its own, in which its source line is noted. */
-static void open_section(TLC_STREAM *stream, const TLS_STATEMENT *record)
+TLC_PSECT *TLS_OpenSection(TLC_STREAM *stream, const TLS_STATEMENT *record)
 {
-    TLC_NewPSect(stream);
+    TLC_PSECT *section = TLC_NewPSect(stream);
     TLC_Statement(stream, record->statement);
+    return section;
+}
+
+void TLS_Jump(TLC_STREAM *stream, int32_t code, TLC_PSECT *target)
+{
+    TLC_PCode(stream, code);
+    TLC_Jump(stream, target);
 }
 
 /* ---- Head ---- */
@@ -155,7 +161,7 @@ static void generate_end(TLS_BLOCK *block, TLC_STREAM *stream, TLS_STATEMENT *re
 {
     TLI_IDENTIFIER *function = TLS_FunctionIdentifier(block->head);
     if (function == nullptr) return;
-    open_section(stream, record);
+    TLS_OpenSection(stream, record);
     if (TLI_IdentifierType(function) != TLIT_VoidType) {
         TLC_PCode(stream, EEP_STOP);
         return;
@@ -211,7 +217,7 @@ static void generate_expression(TLS_BLOCK *, TLC_STREAM *stream, TLS_STATEMENT *
 {
     TLE_TERM *expression = expression_record(record)->expression;
     if (!TLS_Generable(record, expression)) return;
-    open_section(stream, record);
+    TLS_OpenSection(stream, record);
     TLE_ExpressionCode(stream, expression, 0);
     TLC_PCode(stream, EEP_POP);
 }
@@ -285,7 +291,7 @@ static bool return_is_generable(TLS_STATEMENT *record)
 static void generate_return(TLS_BLOCK *, TLC_STREAM *stream, TLS_STATEMENT *record)
 {
     if (!return_is_generable(record)) return;
-    open_section(stream, record);
+    TLS_OpenSection(stream, record);
     if (return_record(record)->has_value) {
         TLE_ExpressionCode(stream, return_record(record)->expression, 0);
     } else {

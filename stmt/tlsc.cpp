@@ -17,19 +17,6 @@
 static constexpr int32_t HANDLER_ENDS = 1;
 static constexpr int32_t HANDLER_IS_LEFT = 0;
 
-static TLC_PSECT *open_section(TLC_STREAM *stream, const TLS_STATEMENT *record)
-{
-    TLC_PSECT *section = TLC_NewPSect(stream);
-    TLC_Statement(stream, record->statement);
-    return section;
-}
-
-static void add_jump(TLC_STREAM *stream, int32_t code, TLC_PSECT *target)
-{
-    TLC_PCode(stream, code);
-    TLC_Jump(stream, target);
-}
-
 /* ---- IF, ELSEIF, ELSE, WHEN ---- */
 
 static TLSC_IF *if_record(TLS_STATEMENT *record)
@@ -168,7 +155,7 @@ struct IF_SECTIONS {
 static void open_if(TLC_STREAM *stream, const TLSC_IF *record, IF_SECTIONS *sections)
 {
     sections->record = record;
-    open_section(stream, &record->common);
+    TLS_OpenSection(stream, &record->common);
     TLE_ExpressionCode(stream, record->condition, 0);
     sections->test = TLC_NewPSect(stream);
     TLC_NewPSect(stream);
@@ -187,7 +174,7 @@ static TLC_PSECT *close_when(TLC_STREAM *stream, const TLSC_IF *record, TLC_PSEC
     TLC_PSECT *end = TLC_NewPSect(stream);
     TLC_SetPSect(stream, section);
     TLE_ExpressionCode(stream, record->condition, 0);
-    add_jump(stream, EEP_EXCEPTION, end);
+    TLS_Jump(stream, EEP_EXCEPTION, end);
     return end;
 }
 
@@ -198,11 +185,11 @@ static void close_if(TLC_STREAM *stream, const IF_SECTIONS *sections)
     TLC_PSECT *end = TLC_NewPSect(stream);
     if (sections->otherwise != nullptr) {
         TLC_SetPSect(stream, sections->behind);
-        add_jump(stream, EEP_JUMP, end);
+        TLS_Jump(stream, EEP_JUMP, end);
     }
     TLC_SetPSect(stream, sections->test);
     TLC_PSECT *target = sections->otherwise == nullptr ? end : sections->otherwise;
-    add_jump(stream, is_when ? EEP_EXCEPTION : EEP_JZ, target);
+    TLS_Jump(stream, is_when ? EEP_EXCEPTION : EEP_JZ, target);
     if (is_when) end = close_when(stream, sections->record, end);
     TLC_SetPSect(stream, end);
 }
@@ -335,7 +322,7 @@ static void generate_raise(TLS_BLOCK *, TLC_STREAM *stream, TLS_STATEMENT *commo
 {
     const TLSC_RAISE *record = raise_record(common);
     if (!raise_is_generable(record)) return;
-    open_section(stream, common);
+    TLS_OpenSection(stream, common);
     TLE_ExpressionCode(stream, record->value, 0);
     if (record->has_argument) {
         TLE_ExpressionCode(stream, record->argument, 0);
@@ -406,7 +393,7 @@ static void print_end_exception(TLS_STATEMENT *, int32_t indent)
 
 static void generate_end_exception(TLS_BLOCK *, TLC_STREAM *stream, TLS_STATEMENT *record)
 {
-    open_section(stream, record);
+    TLS_OpenSection(stream, record);
     TLC_PCode(stream, EEP_END_EXCEPTION);
     TLC_Code8(stream, HANDLER_IS_LEFT);
 }

@@ -14,19 +14,6 @@
 /* Access of an item whose address is on the stack. */
 static constexpr int32_t ACCESS_MEMORY = 1;
 
-static TLC_PSECT *open_section(TLC_STREAM *stream, const TLS_STATEMENT *record)
-{
-    TLC_PSECT *section = TLC_NewPSect(stream);
-    TLC_Statement(stream, record->statement);
-    return section;
-}
-
-static void add_jump(TLC_STREAM *stream, int32_t code, TLC_PSECT *target)
-{
-    TLC_PCode(stream, code);
-    TLC_Jump(stream, target);
-}
-
 /* ---- WHILE ---- */
 
 static TLSL_WHILE *while_record(TLS_STATEMENT *record)
@@ -65,16 +52,16 @@ static void generate_while(TLS_BLOCK *, TLC_STREAM *stream, TLS_STATEMENT *recor
 {
     TLE_TERM *condition = while_record(record)->condition;
     if (!TLS_Generable(record, condition)) return;
-    TLC_PSECT *top = open_section(stream, record);
+    TLC_PSECT *top = TLS_OpenSection(stream, record);
     TLE_ExpressionCode(stream, condition, 0);
     TLC_PSECT *test = TLC_NewPSect(stream);
     TLC_NewPSect(stream);
     TLS_BlockCode(stream, while_record(record)->body);
     TLC_NewPSect(stream);
-    add_jump(stream, EEP_JUMP, top);
+    TLS_Jump(stream, EEP_JUMP, top);
     TLC_PSECT *end = TLC_NewPSect(stream);
     TLC_SetPSect(stream, test);
-    add_jump(stream, EEP_JZ, end);
+    TLS_Jump(stream, EEP_JZ, end);
     TLC_SetPSect(stream, end);
 }
 
@@ -292,7 +279,7 @@ static void push_step(TLC_STREAM *stream, const TLSL_FOR *loop)
 /* Stack: -> limit, step, limit, value. */
 static void generate_start(TLC_STREAM *stream, const TLSL_FOR *loop)
 {
-    open_section(stream, &loop->common);
+    TLS_OpenSection(stream, &loop->common);
     TLE_ExpressionCode(stream, loop->limit, 0);
     TLC_PCode(stream, EEP_DUP);
     push_step(stream, loop);
@@ -318,7 +305,7 @@ static void generate_advance(TLC_STREAM *stream, const TLSL_FOR *loop, TLC_PSECT
     TLC_PCode(stream, EEP_DUP2);
     TLE_ExpressionCode(stream, loop->variable, 0);
     TLC_PCode(stream, EEP_ADD);
-    add_jump(stream, EEP_JUMP, test);
+    TLS_Jump(stream, EEP_JUMP, test);
 }
 
 static void generate_for(TLS_BLOCK *, TLC_STREAM *stream, TLS_STATEMENT *record)
@@ -334,7 +321,7 @@ static void generate_for(TLS_BLOCK *, TLC_STREAM *stream, TLS_STATEMENT *record)
     TLC_PCode(stream, EEP_POP);
     TLC_PCode(stream, EEP_POP);
     TLC_SetPSect(stream, test);
-    add_jump(stream, EEP_JNZ, end);
+    TLS_Jump(stream, EEP_JNZ, end);
     TLC_SetPSect(stream, end);
 }
 

@@ -33,8 +33,7 @@ bool TLSS_IsGenerable(const TLSS_SWITCH *record)
 
 static void generate_selector(TLC_STREAM *stream, TLSS_SWITCH *record)
 {
-    record->start_section = TLC_NewPSect(stream);
-    TLC_Statement(stream, record->common.statement);
+    record->start_section = TLS_OpenSection(stream, &record->common);
     if (record->has_expression) {
         TLE_ExpressionCode(stream, record->expression, 0);
     } else {
@@ -71,8 +70,7 @@ static void close_blocks(TLC_STREAM *stream, const TLSS_SWITCH *record)
     for (TLSS_CASE *leg = record->legs; leg != nullptr; leg = leg->next) {
         if (leg->block == nullptr || !passes_control(leg->block)) continue;
         TLC_SetPSect(stream, leg->end);
-        TLC_PCode(stream, EEP_JUMP);
-        TLC_Jump(stream, record->end_section);
+        TLS_Jump(stream, EEP_JUMP, record->end_section);
     }
 }
 
@@ -147,8 +145,7 @@ void TLSS_GotoCode(TLS_BLOCK *, TLC_STREAM *stream, TLS_STATEMENT *common)
 {
     const auto *record = reinterpret_cast<TLSS_GOTO *>(common);
     if (record->target == nullptr || record->target->node_identifier == nullptr) return;
-    TLC_NewPSect(stream);
-    TLC_Statement(stream, common->statement);
+    TLS_OpenSection(stream, common);
     TLC_PCode(stream, EEP_JUMP);
     TLC_Label(stream, record->target->node_identifier);
 }
