@@ -84,9 +84,21 @@ char *TLCC_Characters(char *text)
     return text;
 }
 
+bool TLCC_IsItem(TLI_IDENTIFIER *identifier)
+{
+    if (TLI_IdentifierClass(identifier) != TLI_FUNCTION) return false;
+    if (TLIV_FunctionQualifiers(identifier) == TLIV_PROTOTYPE) return false;
+    int32_t function_class = TLIV_FunctionClass(identifier);
+    return function_class != TLP_SECTION_FUNCTION && function_class != TLP_SECTION_TREE &&
+           function_class != TLP_SECTION_SYSCALL;
+}
+
 const char *TLCC_Name(TLI_IDENTIFIER *identifier, char *buffer)
 {
     const char *name = TLI_IdentifierName(identifier);
+    if (TLCC_IsItem(identifier)) {
+        return TLCC_ItemName(TLI_IdentifierType(identifier), name, buffer);
+    }
     TLI_DOMAIN *domain = TLI_IdentifierDomain(identifier);
     TLI_IDENTIFIER *outer = outer_function(identifier);
     const char *before = outer != nullptr ? TLI_IdentifierName(outer) : "";
@@ -244,6 +256,14 @@ static void write_external(TLC_STREAM *stream, TLI_IDENTIFIER *function)
     std::fputs(";\n", TLC_CFile(stream));
 }
 
+/* What a data section describes is an item of data, which stands outside of the text. */
+static void write_item_section(TLC_STREAM *stream, TLI_IDENTIFIER *section)
+{
+    char name[TLCC_NAME_CAPACITY];
+    std::fprintf(TLC_CFile(stream), "extern const struct toll_item %s[];\n",
+                 TLCC_Name(section, name));
+}
+
 static bool has_body_elsewhere(TLI_IDENTIFIER *function)
 {
     if (TLIV_GetFunctionBlock(function) != nullptr) return false;
@@ -284,7 +304,9 @@ void TLCC_WriteExternals(TLC_STREAM *stream, TLI_SCOPE *scope)
         if (TLI_IdentifierClass(identifier) != TLI_FUNCTION) continue;
         int32_t qualifiers = TLIV_FunctionQualifiers(identifier);
         if (qualifiers == TLIV_PROTOTYPE) continue;
-        if (TLIV_FunctionClass(identifier) == TLP_SECTION_SYSCALL) {
+        if (TLCC_IsItem(identifier)) {
+            write_item_section(stream, identifier);
+        } else if (TLIV_FunctionClass(identifier) == TLP_SECTION_SYSCALL) {
             write_syscall(stream, identifier);
         } else if (has_body_elsewhere(identifier)) {
             write_external(stream, identifier);

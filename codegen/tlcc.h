@@ -18,6 +18,9 @@ enum { TLCC_NAME_CAPACITY = 72 };
  */
 const char *TLCC_Name(TLI_IDENTIFIER *identifier, char *buffer);
 
+/** Tells whether a name is that of a data section. */
+bool TLCC_IsItem(TLI_IDENTIFIER *identifier);
+
 /**
  * The name of a data item in C text: every character that no C name has becomes a "_".
  * @param type type of the item

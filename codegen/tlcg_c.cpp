@@ -93,7 +93,7 @@ static bool is_function(TLI_IDENTIFIER *identifier)
 
 static bool is_private(TLI_IDENTIFIER *function)
 {
-    return TLIV_FunctionQualifiers(function) == QUALIFIER_PRIVATE &&
+    return TLIV_FunctionQualifiers(function) == QUALIFIER_PRIVATE && !TLCC_IsItem(function) &&
            TLIV_GetFunctionBlock(function) != nullptr;
 }
 

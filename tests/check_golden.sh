@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Compiles each source of the golden directory and compares what toll says and what pkob shows of
-# the module with the files beside it; --update writes those files anew.
+# Compiles each source of the golden directory and compares what toll says, what pkob shows of the
+# module and its C text with the files beside it; --update writes those files anew.
 # The module of each is sound by EVALUATE's verification.
 # usage: check_golden.sh [--update] GOLDEN_DIRECTORY TOLL PKOB [NAME [EVALUATE]]
 # First line of a source may be "; options: ..." for toll, as a comment on its MODULE statement.
@@ -32,6 +32,10 @@ for source in *.tl; do
     if [ -e "$scratch/$name.kob" ]; then
         (cd "$scratch" && "$pkob" --all "$name.kob") >"$scratch/dump"
         compare "$scratch/dump" "$name.dump"
+        # shellcheck disable=SC2086
+        "$toll" $options --target=c -o "$scratch/$name" "$source" >/dev/null 2>&1 || true
+        cat "$scratch/$name.h" "$scratch/$name.c" >"$scratch/text"
+        compare "$scratch/text" "$name.c_text"
         [ -z "$evaluate" ] || "$evaluate" "$scratch/$name.kob" || failed=1
     fi
 done

@@ -128,7 +128,7 @@ std::string without_extension(std::string path)
 std::string base_path(const COMPILATION &compilation)
 {
     const std::string &source = compilation.source;
-    const std::string name = without_extension(source.substr(source.find_last_of("/\\") + 1));
+    std::string name = without_extension(source.substr(source.find_last_of("/\\") + 1));
     const std::string &output = compilation.options->output;
     if (output.empty()) return name;
     if (!is_directory(output)) return without_extension(output);
