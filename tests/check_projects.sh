@@ -1,0 +1,37 @@
+#!/usr/bin/env bash
+# Installs a build into a scratch tree, and builds and runs one of the example projects against what lies
+# there: without a warning, and with the same report in every language.
+# usage: check_projects.sh c|java BUILD_DIRECTORY SOURCE_DIRECTORY C_COMPILER
+set -euo pipefail
+language=$1 build=$2 source=$3 cc=$4
+projects=$source/examples/projects
+[ "$language" = c ] || command -v javac >/dev/null || { echo "skipped: no javac on this machine"; exit 77; }
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+usr=$scratch/usr
+cmake --install "$build" --prefix "$usr" >/dev/null
+
+say_nothing() { # COMMAND...
+    "$@" >"$scratch/said" 2>&1 || { cat "$scratch/said"; echo "fails: $*"; exit 1; }
+    [ ! -s "$scratch/said" ] || { cat "$scratch/said"; echo "speaks: $*"; exit 1; }
+}
+
+run_c() {
+    cmake -S "$projects/c" -B "$scratch/c" -DCMAKE_PREFIX_PATH="$usr" -DCMAKE_C_COMPILER="$cc" \
+        -DCMAKE_C_FLAGS=-Werror >"$scratch/said" || { cat "$scratch/said"; return 1; }
+    cmake --build "$scratch/c" >"$scratch/said" || { cat "$scratch/said"; return 1; }
+    grep -q "$usr/bin/toll" "$scratch/c/CMakeCache.txt" || { echo "another toll was found"; return 1; }
+    "$scratch/c/starting"
+}
+
+run_java() {
+    say_nothing "$projects/java/build.sh" "$scratch/java" "$usr"
+    java -cp "$usr/share/java/tollrt.jar:$scratch/java/classes" Main
+}
+
+for module in tester starting; do
+    say_nothing "$usr/bin/toll" --strict -I "$projects/modules" -o "$scratch/$module.kob" \
+        "$projects/modules/$module.tl"
+done
+"run_$language" >"$scratch/report"
+diff "$projects/report.txt" "$scratch/report"
