@@ -105,7 +105,7 @@ static void reverse_visits(TLCG_WORK *work, size_t first)
 }
 
 static constexpr uint32_t pushed_classes =
-    1U << TLI_CONSTANT | 1U << TLI_NON_VOLATILE | 1U << TLI_FUNCTION;
+    1U << TLI_CONSTANT | 1U << TLI_NON_VOLATILE | 1U << TLI_FUNCTION | 1U << TLI_NODE;
 
 void TLCG_PushScope(TLCG_CONTEXT *context, TLI_SCOPE *scope,
                     bool (*filter)(TLI_IDENTIFIER *identifier))

@@ -73,8 +73,8 @@ void TLCG_DropSet(TLCG_SET *set);
 void TLCG_Push(TLCG_CONTEXT *context, TLI_IDENTIFIER *identifier);
 
 /**
- * Takes up the constants, non-volatiles and functions of a scope of which filter gives yes, so that
- * they come up as a walk of the scope shows them. A scope that has none of these, as that of most
+ * Takes up the constants, non-volatiles, functions and nodes of a scope of which filter gives yes, so
+ * that they come up as a walk of the scope shows them. A scope that has none of these, as that of most
  * functions, is not walked.
  * @param context the run
  * @param scope the scope, or null

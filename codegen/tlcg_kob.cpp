@@ -65,15 +65,21 @@ static void plant_scope(TLCG_CONTEXT *context, TLI_SCOPE *scope, bool is_public)
         plant(context, visit);
 }
 
-/** The sections go with the stream, so that no name may keep one; only plantable names have one. */
+/** The names that a generator can give a section: besides the plantable ones the items of data. */
+static bool can_have_section(TLI_IDENTIFIER *identifier)
+{
+    return is_plantable(identifier) || TLI_IdentifierClass(identifier) == TLI_NODE;
+}
+
+/** The sections go with the stream, so that no name may keep one. */
 static void forget_sections(TLCG_CONTEXT *context)
 {
     TLCG_VISIT visit;
-    TLCG_PushScope(context, TLP_ModuleGlobals(context->module), is_plantable);
-    TLCG_PushScope(context, TLP_ModuleStatics(context->module), is_plantable);
+    TLCG_PushScope(context, TLP_ModuleGlobals(context->module), can_have_section);
+    TLCG_PushScope(context, TLP_ModuleStatics(context->module), can_have_section);
     while (TLCG_Pop(context, &visit)) {
         TLI_SetPSect(visit.identifier, nullptr);
-        TLCG_PushScope(context, TLIV_FunctionScope(visit.identifier), is_plantable);
+        TLCG_PushScope(context, TLIV_FunctionScope(visit.identifier), can_have_section);
     }
 }
 

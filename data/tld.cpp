@@ -13,6 +13,7 @@
 #include <ostrum/hs.h>
 #include <ostrum/st.h>
 #include <ostrum/tlc.h>
+#include <ostrum/tldm.h>
 #include <ostrum/tldv.h>
 #include <ostrum/tldw.h>
 #include <ostrum/tle.h>
@@ -36,6 +37,7 @@ static_assert(std::size(word_names) == TLD_WORD_NONE, "one name a word");
 
 /* One for each kind of section. */
 static void (*const kind_initialisers[])(void) = {
+    TLDM_Initialise,
     TLDV_Initialise,
     TLDW_Initialise,
 };
@@ -257,6 +259,13 @@ TLI_IDENTIFIER *TLD_ExpectIdentifier(TLS_BLOCK *block, TLT_STATEMENT *statement,
                      nullptr);
 }
 
+TLI_IDENTIFIER *TLD_ExpectItem(TLS_BLOCK *root, TLT_STATEMENT *statement, const char *type_name,
+                               TLS_STATEMENT *item, const char *prefix)
+{
+    TLI_IDENTIFIER *type = TLIT_FindType(TLP_DataTypeDomain(root->module), type_name);
+    return TLD_ExpectIdentifier(root, statement, type, item, prefix);
+}
+
 /* ---- Sections ---- */
 
 TLS_BLOCK *TLD_BeginSection(const TLD_SECTION_KIND &kind, TLP_MODULE *module,
@@ -313,4 +322,26 @@ void TLD_OpenRecord(TLC_STREAM *stream, TLS_STATEMENT *item)
     TLD_SECTION *section = TLD_AsSection(item);
     section->symbol_class = TLD_DataFunctionCode(stream, section->identifier);
     section->section = TLC_NewPSect(stream);
+}
+
+/* The domain's name, the owner's and the item's, each of less than 32 characters. */
+static constexpr int32_t ITEM_SYMBOL_SIZE = 80;
+
+TLC_PSECT *TLD_OpenItem(TLC_STREAM *stream, const TLD_SECTION *owner, TLI_IDENTIFIER *identifier)
+{
+    char name[ITEM_SYMBOL_SIZE];
+    TLC_PSECT *section = TLC_NewPSect(stream);
+    TLI_SetPSect(identifier, section);
+    if (owner->symbol_class == NO_SYMBOL) return section;
+    ST_Concat(name, sizeof name, TLI_FullName(owner->identifier), ".",
+              TLI_IdentifierName(identifier), nullptr);
+    TLC_NameSymbol(stream, owner->symbol_class, TLI_IdentifierType(identifier), name);
+    return section;
+}
+
+void TLD_CloseRecord(TLC_STREAM *stream)
+{
+    TLC_NewPSect(stream);
+    TLC_Code8(stream, TLD_RECORD_END);
+    TLC_Code8(stream, 0);
 }

@@ -89,5 +89,30 @@ void TLD_SetTerm(TLT_STATEMENT *statement, TLE_TERM **slot, intptr_t value);
 /** Reports "Value for '%s' not specified" if a field has no term. */
 void TLD_CheckTerm(TLS_STATEMENT *item, const TLE_TERM *term, const char *name);
 
+/**
+ * Reads the name of a nested item and declares it.
+ * @param root root block
+ * @param statement the statement
+ * @param type_name data type of the item
+ * @param item the item
+ * @param prefix stands before the name with a "." between; may be null
+ * @return the identifier; null after a message
+ */
+TLI_IDENTIFIER *TLD_ExpectItem(TLS_BLOCK *root, TLT_STATEMENT *statement, const char *type_name,
+                               TLS_STATEMENT *item, const char *prefix);
+
+/**
+ * Opens the record of a nested item: a section for the bytes, which becomes the identifier's, with
+ * a symbol named after the owner and the item.
+ * @param stream P-code stream
+ * @param owner main item of the section, whose own record has been opened
+ * @param identifier the item's
+ * @return the section
+ */
+TLC_PSECT *TLD_OpenItem(TLC_STREAM *stream, const TLD_SECTION *owner, TLI_IDENTIFIER *identifier);
+
+/** Writes the record that ends those of a section with nested items. */
+void TLD_CloseRecord(TLC_STREAM *stream);
+
 /** Opens the record of a main item: the function's symbol, and a section for the bytes. */
 void TLD_OpenRecord(TLC_STREAM *stream, TLS_STATEMENT *item);

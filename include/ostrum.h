@@ -52,6 +52,7 @@
 
 /* Data sections */
 #include <ostrum/tld.h>
+#include <ostrum/tldm.h>
 #include <ostrum/tldv.h>
 #include <ostrum/tldw.h>
 
