@@ -707,6 +707,42 @@ static bool is_simple(const TLE_TERM *place)
     return place->kind == TLT_TOKEN_IDENTIFIER && place->left == nullptr;
 }
 
+/* Is it made of literals and of variables that no other function can change? */
+static bool is_own_value(TLC_STREAM *stream, const TLE_TERM *term)
+{
+    const TLCJ_STATE *state = TLCJ_State(stream);
+    for (; term != nullptr; term = term->left) {
+        if (term->kind == TLT_TOKEN_NUMBER) return true;
+        TLI_IDENTIFIER *identifier = term->identifier;
+        if (term->kind == TLT_TOKEN_IDENTIFIER) {
+            return term->left == nullptr && identifier != nullptr && !state->has_frame &&
+                   frame_of(identifier) != nullptr && frame_of(identifier) == state->frame &&
+                   !TLCJ_IsReference(identifier) && !TLCJ_IsBoxed(stream, identifier);
+        }
+        bool is_sum = term->kind == TLT_TOKEN_PLUS || term->kind == TLT_TOKEN_MINUS;
+        if (!is_sum || !is_own_value(stream, term->right)) return false;
+    }
+    return true;
+}
+
+static bool has_assignment(const TLE_TERM *term)
+{
+    for (; term != nullptr; term = term->left) {
+        if (term->kind == TLT_TOKEN_ASSIGN) return true;
+        if (term->right != nullptr && has_assignment(term->right)) return true;
+    }
+    return false;
+}
+
+/* Does a place stay the same whatever the value calls? */
+static bool is_stable(TLC_STREAM *stream, const TLE_TERM *term)
+{
+    const TLE_TERM *place = term->left;
+    if (place->kind != TLT_TOKEN_IDENTIFIER || place->identifier == nullptr) return false;
+    return !TLCJ_IsVector(place->identifier) && is_own_value(stream, place->left) &&
+           !has_assignment(term->right);
+}
+
 /* Java works out the place first, P-code the value; one method has them in P-code's order. */
 static bool needs_method_to_store(TLC_STREAM *stream, TLE_TERM *term)
 {
@@ -717,6 +753,7 @@ static bool needs_method_to_store(TLC_STREAM *stream, TLE_TERM *term)
     if (is_used && is_narrow_place && !fits(place->type, term->right)) return true;
     int32_t value = 0;
     if (is_simple(place) || TLE_Constant(term->right, &value)) return false;
+    if (is_stable(stream, term)) return false;
     return TLE_HasEffects(term->right) || TLE_HasEffects(place);
 }
 
