@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Compiles each source of the golden directory and compares what toll says, what pkob shows of the
-# module and its C text with the files beside it; --update writes those files anew.
+# module and its C and Java texts with the files beside it; --update writes those files anew.
 # The module of each is sound by EVALUATE's verification.
 # usage: check_golden.sh [--update] GOLDEN_DIRECTORY TOLL PKOB [NAME [EVALUATE]]
 # First line of a source may be "; options: ..." for toll, as a comment on its MODULE statement.
@@ -36,6 +36,9 @@ for source in *.tl; do
         "$toll" $options --target=c -o "$scratch/$name" "$source" >/dev/null 2>&1 || true
         cat "$scratch/$name.h" "$scratch/$name.c" >"$scratch/text"
         compare "$scratch/text" "$name.c_text"
+        # shellcheck disable=SC2086
+        "$toll" $options --target=java -o "$scratch/$name" "$source" >/dev/null 2>&1 || true
+        compare "$scratch/$name.java" "$name.java"
         [ -z "$evaluate" ] || "$evaluate" "$scratch/$name.kob" || failed=1
     fi
 done

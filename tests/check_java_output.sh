@@ -1,0 +1,89 @@
+#!/usr/bin/env bash
+# The Java text of every example, golden source and program compiles without a warning, comes out the
+# same on every run, and replaces older files as a whole.
+# usage: check_java_output.sh SOURCE_DIRECTORY TOLL
+set -euo pipefail
+source=$1 toll=$2
+command -v javac >/dev/null || { echo "skipped: no javac on this machine"; exit 77; }
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+
+fail() {
+    echo "$*"
+    exit 1
+}
+
+compile() { # FOLDER-OF-CLASSES FILE...
+    local classes=$1
+    shift
+    javac -Xlint:all -Werror -encoding US-ASCII -cp "$scratch/runtime" -d "$classes" "$@"
+}
+mkdir "$scratch/runtime"
+compile "$scratch/runtime" "$source"/runtime/java/halvorn/types/*.java
+
+# Compiles what a folder's sources give. A source whose own errors stop it gives nothing; of one that
+# Java cannot express the text says so.
+compile_folder() { # LEAST FOLDER NAME [OPTION...]
+    local least=$1 folder=$2 output=$scratch/$3
+    shift 3
+    mkdir -p "$output"
+    for file in "$folder"/*.tl "$folder"/used/*.tl; do
+        [ -e "$file" ] || continue
+        (cd "$folder" && "$toll" --target=java "$@" -o "$output" "$file") >"$scratch/said" 2>&1 || true
+        grep -q "cannot be expressed in Java" "$scratch/said" || continue
+        mkdir -p "$output/partial"
+        mv "$output/$(basename "$file" .tl).java" "$output/partial/"
+    done
+    for text in "$output"/partial/*.java; do
+        [ ! -e "$text" ] || grep -q '/\*ERROR - ' "$text" || fail "no comment in $text"
+    done
+    [ -z "$(grep -l '/\*ERROR - ' "$output"/*.java)" ] || fail "an unreported error in $folder"
+    [ "$(ls "$output"/*.java | wc -l)" -ge "$least" ] || fail "too few files of $folder"
+    compile "$output/classes" "$output"/*.java
+    echo "$(ls "$output"/*.java | wc -l) files of $folder"
+}
+compile_folder 8 "$source/examples" examples -I "$source/examples"
+compile_folder 5 "$source/tests/golden" golden -I "$source/tests/golden/used"
+compile_folder 8 "$source/tests/programs" programs -b -I "$source/tests/programs"
+
+# The same text on every run, whatever the path; several targets of one parse.
+cd "$source/examples"
+mkdir "$scratch/again" "$scratch/all"
+"$toll" --target=java -o "$scratch/again/relay_test.x" "$PWD/relay_test.tl"
+cmp "$scratch/examples/relay_test.java" "$scratch/again/relay_test.java"
+"$toll" --target=kob --target=c --target=java -o "$scratch/all" relay_test.tl
+cmp "$scratch/all/relay_test.java" "$scratch/again/relay_test.java"
+[ -s "$scratch/all/relay_test.kob" ] && [ -s "$scratch/all/relay_test.c" ]
+
+# The directory decides about the package.
+mkdir -p "$scratch/tree/halvorn/libs"
+for module in hardware tolerance relay_test; do
+    (cd "$scratch/tree/halvorn/libs" && "$toll" --target=java -I "$source/examples" \
+        "$source/examples/$module.tl")
+done
+grep -q '^package halvorn.libs;$' "$scratch/tree/halvorn/libs/relay_test.java"
+grep -q '^import halvorn.libs.hardware;$' "$scratch/tree/halvorn/libs/relay_test.java"
+compile "$scratch/tree/classes" "$scratch"/tree/halvorn/libs/*.java
+[ -z "$(find "$scratch" -name '.toll-*')" ] || fail "leaves a temporary directory"
+
+# What Java cannot express: the comment in the text, a message, status 1; and the file that was there
+# before stays whole where nothing could be made.
+cd "$scratch"
+cat >odd.tl <<'SOURCE'
+MODULE odd
+FUNCTION STRING shown(QUANTITY reading, CONVERTER scale)
+PRIVATE
+FUNCTION STRING shown(QUANTITY reading, CONVERTER scale)
+BEGIN
+    RETURN cvts(reading, scale)
+END
+SOURCE
+status=0
+"$toll" --target=java odd.tl >said 2>&1 || status=$?
+[ "$status" = 1 ] || fail "status $status for what Java cannot express"
+grep -q "cannot be expressed in Java" said || fail "no message for what Java cannot express"
+grep -q "ERROR - No code generation for built-in-function 'cvts'" odd.java || fail "no comment"
+cp odd.java before
+printf 'MODULE odd\nPRIVATE\nFUNCTION VOID f()\nBEGIN\n    g()\nEND\n' >odd.tl
+"$toll" --target=java odd.tl >said 2>&1 && fail "compiles what is wrong"
+cmp odd.java before
