@@ -14,6 +14,7 @@
 
 #include "host/host.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstdio>
 #include <cstdlib>
@@ -172,8 +173,8 @@ static void free_small(void *block)
 /** The list whose blocks have so many bytes with their header: above largest_small. */
 static size_t list_of(size_t bytes)
 {
-    const auto width = static_cast<size_t>(std::bit_width(bytes - 1)); // 10 to 20
-    const size_t quarter = (bytes - 1) >> (width - 3);                 // 4 to 7
+    const size_t width = std::max<size_t>(std::bit_width(bytes - 1), 10); // 10 to 20
+    const size_t quarter = (bytes - 1) >> (width - 3);                    // 4 to 7
     return small_count + (width - 10) * 4 + (quarter - 4);
 }
 
