@@ -11,16 +11,23 @@ trap 'rm -rf "$scratch"' EXIT
 usr=$scratch/usr
 cmake --install "$build" --prefix "$usr" >/dev/null
 
+# The standard output is the report's.
+fail() {
+    cat "$scratch/said" >&2
+    echo "$*" >&2
+    exit 1
+}
+
 say_nothing() { # COMMAND...
-    "$@" >"$scratch/said" 2>&1 || { cat "$scratch/said"; echo "fails: $*"; exit 1; }
-    [ ! -s "$scratch/said" ] || { cat "$scratch/said"; echo "speaks: $*"; exit 1; }
+    "$@" >"$scratch/said" 2>&1 || fail "fails: $*"
+    [ ! -s "$scratch/said" ] || fail "speaks: $*"
 }
 
 run_c() {
     cmake -S "$projects/c" -B "$scratch/c" -DCMAKE_PREFIX_PATH="$usr" -DCMAKE_C_COMPILER="$cc" \
-        -DCMAKE_C_FLAGS=-Werror >"$scratch/said" || { cat "$scratch/said"; return 1; }
-    cmake --build "$scratch/c" >"$scratch/said" || { cat "$scratch/said"; return 1; }
-    grep -q "$usr/bin/toll" "$scratch/c/CMakeCache.txt" || { echo "another toll was found"; return 1; }
+        -DCMAKE_C_FLAGS=-Werror >"$scratch/said" 2>&1 || fail "cannot be configured"
+    cmake --build "$scratch/c" >"$scratch/said" 2>&1 || fail "cannot be built"
+    grep -q "$usr/bin/toll" "$scratch/c/CMakeCache.txt" || fail "another toll was found"
     "$scratch/c/starting"
 }
 
