@@ -170,26 +170,22 @@ static void free_small(void *block)
 
 // --- middle blocks ---
 
-/** The list whose blocks have so many bytes with their header: above largest_small. */
-static size_t list_of(size_t bytes)
+struct MIDDLE {
+    size_t list;
+    size_t size; // bytes of the list's blocks with their header
+};
+
+/** The list whose blocks take so many bytes with their header: above largest_small. */
+static MIDDLE middle_for(size_t bytes)
 {
     const size_t width = std::max<size_t>(std::bit_width(bytes - 1), 10); // 10 to 20
     const size_t quarter = (bytes - 1) >> (width - 3);                    // 4 to 7
-    return small_count + (width - 10) * 4 + (quarter - 4);
-}
-
-/** Bytes of a list's blocks with their header. */
-static size_t size_of(size_t list)
-{
-    const size_t width = (list - small_count) / 4 + 10;
-    const size_t quarter = (list - small_count) % 4 + 4;
-    return (quarter + 1) << (width - 3);
+    return { small_count + (width - 10) * 4 + (quarter - 4), (quarter + 1) << (width - 3) };
 }
 
 static void *allocate_middle(size_t bytes)
 {
-    const size_t list = list_of(bytes);
-    const size_t size = size_of(list);
+    const auto [list, size] = middle_for(bytes);
     if (free_blocks[list] != nullptr) return take_free(list, size - sizeof(HEADER));
     need_region(size);
     auto *header = reinterpret_cast<HEADER *>(region_next);
