@@ -654,6 +654,8 @@ static int32_t write_chain(TLC_STREAM *stream, TLE_TERM *term, bool is_unsigned)
     if (term->right == nullptr) return 0;
     TLE_CHAIN chain;
     TLE_OpenChain(&chain, term);
+    /* An assignment at the far end is an operand: it is more than its sign between two texts. */
+    if (chain.terms[chain.count - 1]->kind == TLT_TOKEN_ASSIGN) --chain.count;
     int32_t written = is_unordered_chain(stream, term) ? write_ordered(stream, chain)
                                                        : write_nested(stream, chain, is_unsigned);
     TLE_CloseChain(&chain);

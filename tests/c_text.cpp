@@ -238,6 +238,11 @@ TEST(CText, OrderOfEffects)
           "  INT toll_1;\n  I=(toll_1=M_ASK(1),min(toll_1,M_ASK(2)));\n" },
         // The value of an assignment to an item of one byte.
         { "  I = C = 300\n", "  INT toll_1;\n  I=(toll_1=300,C=toll_1,toll_1);\n" },
+        // An assignment at the left end of a chain.
+        { "  I = (C = 300) + 1\n",
+          "  INT toll_1;\n  I=toll_int(0u+(toll_1=300,C=toll_1,toll_1)+1);\n" },
+        { "  I = (S = N) - ASK(1)\n",
+          "  INT toll_1;\n  I=(toll_1=S=N,toll_int(0u+toll_1-M_ASK(1)));\n" },
     });
 }
 
