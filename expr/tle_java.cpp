@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 
 #include "codegen/tlc.h"
 #include "codegen/tlcj.h"
@@ -157,20 +158,16 @@ static int32_t write_function(TLC_STREAM *stream, TLI_IDENTIFIER *type, TLI_IDEN
     bool is_type = type != nullptr && TLIT_TypeSubclass(nullptr, type) == TLIT_SUBCLASS_FUNCTION &&
                    TLI_IdentifierClass(type) == TLI_TYPE;
     if (function == nullptr || !is_type) return 0;
-    std::fprintf(file, "toll_function(\"%s %s\", (", TLI_IdentifierName(type),
-                 TLI_FullName(function));
-    TLCJ_WriteType(stream, type);
-    TLCJ_Name(stream, function, name);
-    char *point = nullptr;
-    for (char *at = name; *at != '\0'; ++at)
-        if (*at == '.') point = at;
-    if (point != nullptr) {
+    const char *owner = TLCJ_State(stream)->class_name;
+    const char *method = TLCJ_Name(stream, function, name);
+    if (char *point = std::strchr(name, '.'); point != nullptr) {
         *point = '\0';
-        std::fprintf(file, ") %s::%s)", name, point + 1);
-    } else {
-        const char *own = TLCJ_State(stream)->class_name;
-        std::fprintf(file, ") %s::%s)", own, name);
+        owner = name;
+        method = point + 1;
     }
+    std::fprintf(file, "toll_function(\"%s %s.%s\", (", TLI_IdentifierName(type), owner, method);
+    TLCJ_WriteType(stream, type);
+    std::fprintf(file, ") %s::%s)", owner, method);
     return 1;
 }
 
@@ -264,38 +261,44 @@ static int32_t write_reach(TLC_STREAM *stream, TLE_TERM *term, REACH reach)
 
 /* ---- References ---- */
 
+/* The object that holds the variables of a function. */
+static void write_object_of(TLC_STREAM *stream, const TLI_SCOPE *frame)
+{
+    char name[TLCJ_NAME_CAPACITY];
+    if (frame == TLCJ_State(stream)->frame) {
+        std::fputs("toll_frame", stream->file);
+    } else {
+        std::fprintf(stream->file, "toll_top_%s", TLCJ_OwnName(stream, frame->identifier, name));
+    }
+}
+
 /* A reference to an item that Java has no array for: how to read it, how to write it. */
 static int32_t write_accessors(TLC_STREAM *stream, TLE_TERM *term)
 {
-    FILE *file = stream->file;
-    TLE_TERM *last = last_field(term);
-    bool is_field = last != term;
-    TLCJ_KIND kind = TLCJ_Kind(last->type);
-    bool is_object = kind == TLCJ_OBJECT || kind == TLCJ_FLOAT;
-    int32_t written = 1;
+    static constexpr const char *values[] = { "toll_v", "(char) (toll_v & 255)", "(short) toll_v",
+                                              "toll_v", "toll_v" };
     char name[TLCJ_NAME_CAPACITY];
-    TLCJ_OwnName(stream, last->identifier, name);
-    const char *cut = kind == TLCJ_CHAR ? "(char) " : kind == TLCJ_SHORT ? "(short) " : "";
-    const TLCJ_STATE *state = TLCJ_State(stream);
+    TLE_TERM *last = last_field(term);
+    TLCJ_KIND kind = TLCJ_Kind(last->type);
+    const char *item = kind == TLCJ_OBJECT || kind == TLCJ_FLOAT ? "_item" : "";
     const TLI_SCOPE *frame = frame_of(last->identifier);
-    if (is_field || frame != nullptr) {
-        std::fputs(is_object ? "toll_field_item(" : "toll_field(", file);
-        if (is_field) {
-            written = write_reach(stream, term, REACH_RECORD);
-        } else if (frame == state->frame) {
-            std::fputs("toll_frame", file);
-        } else {
-            char outer[TLCJ_NAME_CAPACITY];
-            std::fprintf(file, "toll_top_%s", TLCJ_OwnName(stream, frame->identifier, outer));
-        }
-        std::fprintf(file, ", toll_r -> toll_r.%s, (toll_r, toll_v) -> toll_r.%s = %stoll_v)", name,
-                     name, cut);
-        return written;
+    if (last == term && frame == nullptr) {
+        TLCJ_Name(stream, last->identifier, name);
+        std::fprintf(stream->file, "toll_static%s(() -> %s, toll_v -> %s = %s)", item, name, name,
+                     values[kind]);
+        return 1;
     }
-    TLCJ_Name(stream, last->identifier, name);
-    std::fprintf(file, "%s() -> %s, toll_v -> %s = %stoll_v)",
-                 is_object ? "toll_static_item(" : "toll_static(", name, name, cut);
-    return 1;
+    int32_t written = 1;
+    std::fprintf(stream->file, "toll_field%s(", item);
+    if (last != term) {
+        written = write_reach(stream, term, REACH_RECORD);
+    } else {
+        write_object_of(stream, frame);
+    }
+    TLCJ_OwnName(stream, last->identifier, name);
+    std::fprintf(stream->file, ", toll_r -> toll_r.%s, (toll_r, toll_v) -> toll_r.%s = %s)", name,
+                 name, values[kind]);
+    return written;
 }
 
 /* A local variable of which something keeps a reference has to be an array. */
