@@ -70,11 +70,16 @@ static bool is_junction(const TLE_TERM *term)
     return term->kind == TLT_TOKEN_AND || term->kind == TLT_TOKEN_OR;
 }
 
+static bool is_in_frame(TLI_IDENTIFIER *identifier)
+{
+    TLI_SCOPE *scope = TLI_IdentifierScope(identifier);
+    return scope != nullptr && TLI_ScopeType(scope) == TLI_FRAME_SCOPE;
+}
+
 /* The value of such an item lies in a variable that only its own function can change. */
 static bool is_own_variable(TLI_IDENTIFIER *identifier)
 {
-    TLI_SCOPE *scope = TLI_IdentifierScope(identifier);
-    if (scope == nullptr || TLI_ScopeType(scope) != TLI_FRAME_SCOPE) return false;
+    if (!is_in_frame(identifier)) return false;
     if (TLIT_IsArrayType(TLI_IdentifierType(identifier))) return false;
     return TLIV_ArgumentPassType(identifier) == TLIV_BY_VALUE;
 }
@@ -89,14 +94,25 @@ static uint32_t scan_identifier(const TLC_STREAM *stream, const TLE_TERM *term)
     return flags | scan(stream, term->left);
 }
 
+/* An array of unknown length is reached through a variable that holds where it starts. */
+static uint32_t scan_start(TLI_IDENTIFIER *identifier)
+{
+    if (identifier == nullptr) return 0;
+    bool is_pair = TLIT_IsArrayType(TLI_IdentifierType(identifier)) ||
+                   TLI_IdentifierDimension(identifier, nullptr) == 0;
+    if (!is_pair) return 0;
+    return is_in_frame(identifier) ? READS_LOCAL : READS_MEMORY;
+}
+
 /* The way to a place: the variables that lead there, not what lies there. */
 static uint32_t scan_place(const TLC_STREAM *stream, const TLE_TERM *term)
 {
     if (term == nullptr) return 0;
     if (term->kind != TLT_TOKEN_IDENTIFIER) return scan(stream, term);
-    if (term->left != nullptr) return scan_identifier(stream, term);
-    bool is_pair = term->identifier != nullptr && TLIT_IsArrayType(term->identifier->type);
-    return is_pair ? scan_identifier(stream, term) : 0;
+    uint32_t flags = scan_start(term->identifier);
+    if (term->left == nullptr) return flags;
+    if (TLC_StreamFlags(stream) & TLC_FLAG_CHECKS) flags |= MAY_STOP;
+    return flags | scan(stream, term->left);
 }
 
 static bool is_by_reference(TLI_IDENTIFIER *formal)
@@ -236,6 +252,11 @@ void TLE_PrepareText(TLC_STREAM *stream, int32_t indent, TLE_TERM *const *terms,
 bool TLE_NeedsPreparation(const TLC_STREAM *stream, const TLE_TERM *term)
 {
     return (scan(stream, term) & (IS_UNORDERED | IS_PREPARED)) != 0;
+}
+
+bool TLE_MayBeNull(const TLE_TERM *pointer)
+{
+    return TLIT_PointerType(pointer->type) && pointer->kind != TLT_TOKEN_DATA_LITERAL;
 }
 
 bool TLE_NeedsOrder(const TLE_TERM *place)
@@ -474,6 +495,12 @@ static int32_t text_level(const TLC_STREAM *stream, const TLE_TERM *term, bool i
     }
 }
 
+/* Nothing lies behind the address 0. Only an item that the text names is never there. */
+static bool is_checked_pointer(const TLE_TERM *term)
+{
+    return term->kind == TLT_TOKEN_ARROW && term->left != nullptr && TLE_MayBeNull(term->left);
+}
+
 /* Signs of one operand of an unsigned kind have a 0 before them. */
 static int32_t outer_level(const TLE_TERM *outer)
 {
@@ -484,6 +511,7 @@ static int32_t outer_level(const TLE_TERM *outer)
 static bool wants_brackets(const TLC_STREAM *stream, const PLACE &place, const TLE_TERM *term)
 {
     if (place.outer == nullptr) return false;
+    if (!place.is_right && is_checked_pointer(place.outer)) return false;
     FORM form = form_of(place.outer);
     /* Arguments of a function are apart from one another. */
     if (form == CALL || form == COMPARE || form == SIGNED) return false;
@@ -515,6 +543,10 @@ static int32_t write_bracketed(TLC_STREAM *stream, TLE_TERM *term, const PLACE &
 static void open_operator(TLC_STREAM *stream, const TLE_TERM *term, bool is_unsigned)
 {
     FILE *file = stream->file;
+    if (is_checked_pointer(term)) {
+        std::fprintf(file, "((%s) toll_pointer(", TLCC_TypeName(term->left->type));
+        return;
+    }
     switch (form_of(term)) {
     case WRAP:
         if (!is_unsigned) std::fputs("toll_int(", file);
@@ -557,6 +589,7 @@ static int32_t close_operator(TLC_STREAM *stream, TLE_TERM *term, bool is_unsign
     FORM form = form_of(term);
     if (form == CALL || form == COMPARE) return close_call(stream, term);
     if (form == SIGNED) std::fputs(")", stream->file);
+    if (is_checked_pointer(term)) std::fputs("))", stream->file);
     std::fputs(TLE_COperator(term), stream->file);
     if (form == SIGNED) std::fputs("(INT) (", stream->file);
     PLACE place = { .outer = term, .is_right = true, .is_unsigned = form == WRAP };

@@ -70,6 +70,9 @@ int32_t TLE_OpenTemporary(TLC_STREAM *stream, TLI_IDENTIFIER *type, bool is_poin
 /** Tells whether TLE_PrepareText has lines to write for an expression. */
 bool TLE_NeedsPreparation(const TLC_STREAM *stream, const TLE_TERM *term);
 
+/** Tells whether a pointer can be null, and is to be checked before it is followed. */
+bool TLE_MayBeNull(const TLE_TERM *pointer);
+
 /** Tells whether a place is reached through anything but names. */
 bool TLE_NeedsOrder(const TLE_TERM *place);
 

@@ -568,7 +568,7 @@ TEST(BuiltIns, CText)
             { "X = cast(cast(Y, COLOUR) == K, INT)", "  X=((INT) (((COLOUR) (Y))==K));\n" },
             { "FL = to_float(X)", "  FL=(float) X;\n" },
             { "FL = to_float(X + Y)", "  FL=(float) (toll_int(0u+X+Y));\n" },
-            { "FL = to_float(Q->LEFT)", "  FL=(float) Q->LEFT;\n" },
+            { "FL = to_float(Q->LEFT)", "  FL=(float) ((PAIR_AT) toll_pointer(Q))->LEFT;\n" },
             { "X = round(FL) + 1", "  X=toll_int(0u+toll_round(FL)+1);\n" },
             { "X = upb(A)",
               "  X=/*ERROR - Runtime 'upb' not possible in 'C' */\n/*ERROR - No code "

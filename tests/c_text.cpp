@@ -233,6 +233,8 @@ TEST(CText, OrderOfEffects)
         { "  I = ASK(1) - ASK(2)\n",
           "  INT toll_1;\n  I=(toll_1=M_ASK(1),toll_int(0u+toll_1-M_ASK(2)));\n" },
         { "  I = N + G(N)\n", "  INT toll_1;\n  I=(toll_1=N,toll_int(0u+toll_1+G(&N)));\n" },
+        // The way to an element of a known array is not disturbed by a call.
+        { "  A[1] = ASK(1)\n", "  A[1]=M_ASK(1);\n" },
         { "  A[S] = ASK(1)\n", "  INT toll_1;\n  (toll_1=M_ASK(1),A[S]=toll_1);\n" },
         { "  I = min(ASK(1), ASK(2))\n",
           "  INT toll_1;\n  I=(toll_1=M_ASK(1),min(toll_1,M_ASK(2)));\n" },

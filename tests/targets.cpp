@@ -196,7 +196,7 @@ constexpr Reason reasons[] = {
     { "division by zero", "Division by zero" },
     { "index out of bounds", "Subscript beyond the array" },
     { "no leg for the value of a node", "Value without a leg" },
-    { "null address", "by signal" },
+    { "null address", "Null address" },
     { "call of what is no function", "Call of what is no function" },
     { "calls nested too deeply", "by signal" },
     { "runs too long", "by signal" },

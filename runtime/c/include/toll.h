@@ -19,6 +19,7 @@
 #define toll_rem(a, b)           toll_rem_at(a, b, __func__, __LINE__)
 #define toll_sdiv(a, b, scale)   toll_sdiv_at(a, b, scale, __func__, __LINE__)
 #define toll_index(index, bound) toll_index_at(index, bound, __func__, __LINE__)
+#define toll_pointer(pointer)    toll_pointer_at(pointer, __func__, __LINE__)
 #define toll_called(function)    ((function) != NULL ? (function) : (toll_no_function(), (function)))
 #define toll_no_function()       toll_fault("Call of what is no function", __func__, __LINE__)
 #define toll_stop()              toll_stop_at(__func__, __LINE__)

@@ -141,6 +141,13 @@ TOLL_FAULT_HANDLER toll_set_fault_handler(TOLL_FAULT_HANDLER handler);
 /** Ends the run with a fault. */
 TOLL_NORETURN void toll_fault(const char *reason, const char *place, int line);
 
+/** The pointer, if there is anything behind it; a fault for null. */
+static inline void *toll_pointer_at(void *pointer, const char *place, int line)
+{
+    if (pointer == NULL) toll_fault("Null address", place, line);
+    return pointer;
+}
+
 /** Ends the whole run, as a function with a result does that runs off its end. */
 TOLL_NORETURN void toll_stop_at(const char *place, int line);
 
