@@ -4,9 +4,11 @@
  */
 #include "data/tld.h"
 
+#include "codegen/tlcj.h"
 #include "core/sh.h"
 #include "frontend/tlt.h"
 
+#include <cstdio>
 #include <cstring>
 #include <iterator>
 
@@ -344,4 +346,33 @@ void TLD_CloseRecord(TLC_STREAM *stream)
     TLC_NewPSect(stream);
     TLC_Code8(stream, TLD_RECORD_END);
     TLC_Code8(stream, 0);
+}
+
+/* ---- Java ---- */
+
+bool TLD_JavaDeclares(TLC_STREAM *stream)
+{
+    return TLC_GetPass(stream) == 1;
+}
+
+void TLD_JavaName(TLC_STREAM *stream, TLI_IDENTIFIER *identifier)
+{
+    char name[TLCJ_NAME_CAPACITY];
+    std::fputs(TLCJ_OwnName(stream, identifier, name), TLC_CFile(stream));
+}
+
+void TLD_JavaField(TLC_STREAM *stream, const char *class_name, TLI_IDENTIFIER *identifier)
+{
+    FILE *file = TLC_CFile(stream);
+    std::fprintf(file, "  public static %s ", class_name);
+    TLD_JavaName(stream, identifier);
+    std::fputs(";\n", file);
+}
+
+void TLD_JavaNew(TLC_STREAM *stream, const char *class_name, TLI_IDENTIFIER *identifier)
+{
+    FILE *file = TLC_CFile(stream);
+    std::fputs("    ", file);
+    TLD_JavaName(stream, identifier);
+    std::fprintf(file, " = new %s(", class_name);
 }

@@ -114,5 +114,25 @@ TLC_PSECT *TLD_OpenItem(TLC_STREAM *stream, const TLD_SECTION *owner, TLI_IDENTI
 /** Writes the record that ends those of a section with nested items. */
 void TLD_CloseRecord(TLC_STREAM *stream);
 
+/**
+ * True while a Java stream declares the fields of items; then come the statements that construct the
+ * items.
+ */
+bool TLD_JavaDeclares(TLC_STREAM *stream);
+
+/** Writes the name of an item in Java text. */
+void TLD_JavaName(TLC_STREAM *stream, TLI_IDENTIFIER *identifier);
+
+/** Writes the field of an item. @param class_name its Java class */
+void TLD_JavaField(TLC_STREAM *stream, const char *class_name, TLI_IDENTIFIER *identifier);
+
+/**
+ * Writes the opening of a statement that constructs an item, up to the bracket of the arguments.
+ * @param stream Java stream
+ * @param class_name Java class of the item
+ * @param identifier the item's
+ */
+void TLD_JavaNew(TLC_STREAM *stream, const char *class_name, TLI_IDENTIFIER *identifier);
+
 /** Opens the record of a main item: the function's symbol, and a section for the bytes. */
 void TLD_OpenRecord(TLC_STREAM *stream, TLS_STATEMENT *item);

@@ -3,10 +3,12 @@
  */
 #include "data/tldc.h"
 
+#include <cstdio>
 #include <iterator>
 
 #include <ostrum/sh.h>
 #include <ostrum/tlc.h>
+#include <ostrum/tlcj.h>
 #include <ostrum/tle.h>
 #include <ostrum/tli.h>
 #include <ostrum/tlit.h>
@@ -97,6 +99,31 @@ static void generate_variable(TLS_BLOCK *, TLC_STREAM *stream, TLS_STATEMENT *it
     TLC_Code16(stream, variable->attributes);
 }
 
+static void construct_variable(TLC_STREAM *stream, const TLDC_VARIABLE *variable)
+{
+    FILE *file = TLC_CFile(stream);
+    TLD_JavaNew(stream, "Varloc", variable->identifier);
+    TLCJ_DataTerm(stream, variable_name(variable));
+    std::fputs(", ", file);
+    TLCJ_DataTerm(stream, variable->location);
+    std::fprintf(file, ", %d);\n    ", variable->attributes);
+    TLD_JavaName(stream, variable->identifier);
+    std::fputs(".setParent(", file);
+    TLD_JavaName(stream, variable->owner->identifier);
+    std::fputs(");\n\n", file);
+}
+
+static void variable_java(TLS_BLOCK *, TLC_STREAM *stream, TLS_STATEMENT *item)
+{
+    const TLDC_VARIABLE *variable = variable_record(item);
+    if (variable->identifier == nullptr) return;
+    if (TLD_JavaDeclares(stream)) {
+        TLD_JavaField(stream, "Varloc", variable->identifier);
+    } else {
+        construct_variable(stream, variable);
+    }
+}
+
 static void delete_variable(TLS_STATEMENT *item)
 {
     TLDC_VARIABLE *variable = variable_record(item);
@@ -112,7 +139,7 @@ const TLS_STATEMENT_CLASS TLDC_VariableClass = {
     .check = check_variable,
     .p_code = generate_variable,
     .c_code = nullptr,
-    .java_code = nullptr,
+    .java_code = variable_java,
     .delete_statement = delete_variable,
     .tree = nullptr,
     .node_section = nullptr,

@@ -4,10 +4,12 @@
 #include "data/tldm.h"
 #include "data/tldc.h"
 
+#include <cstdio>
 #include <iterator>
 
 #include <ostrum/sh.h>
 #include <ostrum/tlc.h>
+#include <ostrum/tlcj.h>
 #include <ostrum/tle.h>
 #include <ostrum/tlp.h>
 
@@ -99,6 +101,49 @@ static void generate_component(TLS_BLOCK *, TLC_STREAM *stream, TLS_STATEMENT *i
     TLD_CloseRecord(stream);
 }
 
+/* An argument that is left out where there is no value. */
+static void write_possible(TLC_STREAM *stream, TLE_TERM *term)
+{
+    if (term == nullptr) return;
+    std::fputs(", ", TLC_CFile(stream));
+    TLCJ_DataTerm(stream, term);
+}
+
+static void write_parent(TLC_STREAM *stream, const TLDM_COMPONENT *component)
+{
+    FILE *file = TLC_CFile(stream);
+    if (component->parent == nullptr) return;
+    std::fputs("    ", file);
+    TLD_JavaName(stream, component->head.identifier);
+    std::fputs(".setParent(", file);
+    TLCJ_DataTerm(stream, component->parent);
+    std::fputs(");\n\n", file);
+}
+
+static void construct_component(TLC_STREAM *stream, const TLDM_COMPONENT *component)
+{
+    FILE *file = TLC_CFile(stream);
+    TLD_JavaNew(stream, "Component", component->head.identifier);
+    TLCJ_DataTerm(stream, component->name);
+    std::fprintf(file, ", %x", static_cast<uint32_t>(component->flags));
+    write_possible(stream, component->location);
+    write_possible(stream, component->helpscreen);
+    std::fputs(");\n", file);
+    TLS_BlockCode(stream, component->head.sub_block);
+    write_parent(stream, component);
+}
+
+static void component_java(TLS_BLOCK *, TLC_STREAM *stream, TLS_STATEMENT *item)
+{
+    const TLDM_COMPONENT *component = component_record(item);
+    if (!TLD_JavaDeclares(stream)) {
+        construct_component(stream, component);
+        return;
+    }
+    TLD_JavaField(stream, "Component", component->head.identifier);
+    TLS_BlockCode(stream, component->head.sub_block);
+}
+
 static void delete_component(TLS_STATEMENT *item)
 {
     TLDM_COMPONENT *component = component_record(item);
@@ -116,7 +161,7 @@ const TLS_STATEMENT_CLASS TLDM_ComponentClass = {
     .check = check_component,
     .p_code = generate_component,
     .c_code = nullptr,
-    .java_code = nullptr,
+    .java_code = component_java,
     .delete_statement = delete_component,
     .tree = nullptr,
     .node_section = nullptr,

@@ -6,6 +6,7 @@
 
 #include "core/sh.h"
 
+#include <cstdio>
 #include <iterator>
 
 #include <ostrum/tlc.h>
@@ -319,6 +320,18 @@ static void generate_converter(TLS_BLOCK *, TLC_STREAM *stream, TLS_STATEMENT *i
     add_maps(stream, converter);
 }
 
+/* No field of it reaches Java: a program sets the attributes of the object. */
+static void converter_java(TLS_BLOCK *, TLC_STREAM *stream, TLS_STATEMENT *item)
+{
+    TLI_IDENTIFIER *identifier = TLD_AsSection(item)->identifier;
+    if (TLD_JavaDeclares(stream)) {
+        TLD_JavaField(stream, "Converter", identifier);
+        return;
+    }
+    TLD_JavaNew(stream, "Converter", identifier);
+    std::fputs(");\n", TLC_CFile(stream));
+}
+
 static void delete_states(TLDV_STATE *state)
 {
     while (state != nullptr) {
@@ -356,7 +369,7 @@ const TLS_STATEMENT_CLASS TLDV_ConverterClass = {
     .check = check_converter,
     .p_code = generate_converter,
     .c_code = nullptr,
-    .java_code = nullptr,
+    .java_code = converter_java,
     .delete_statement = delete_converter,
     .tree = nullptr,
     .node_section = nullptr,

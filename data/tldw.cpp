@@ -3,6 +3,8 @@
  */
 #include "data/tldw.h"
 
+#include <cstdio>
+
 #include <ostrum/sh.h>
 #include <ostrum/tlc.h>
 #include <ostrum/tlit.h>
@@ -72,6 +74,18 @@ static void generate_waveform(TLS_BLOCK *, TLC_STREAM *stream, TLS_STATEMENT *it
         TLC_Code8(stream, waveform->samples[i]);
 }
 
+/* No field of it reaches Java: a program sets the attributes of the object. */
+static void waveform_java(TLS_BLOCK *, TLC_STREAM *stream, TLS_STATEMENT *item)
+{
+    TLI_IDENTIFIER *identifier = TLD_AsSection(item)->identifier;
+    if (TLD_JavaDeclares(stream)) {
+        TLD_JavaField(stream, "Waveform", identifier);
+        return;
+    }
+    TLD_JavaNew(stream, "Waveform", identifier);
+    std::fputs(");\n", TLC_CFile(stream));
+}
+
 static void delete_waveform(TLS_STATEMENT *item)
 {
     TLS_DelBlock(TLD_AsSection(item)->sub_block);
@@ -84,7 +98,7 @@ const TLS_STATEMENT_CLASS TLDW_WaveformClass = {
     .check = check_waveform,
     .p_code = generate_waveform,
     .c_code = nullptr,
-    .java_code = nullptr,
+    .java_code = waveform_java,
     .delete_statement = delete_waveform,
     .tree = nullptr,
     .node_section = nullptr,

@@ -155,6 +155,11 @@ static int32_t write_function(TLC_STREAM *stream, TLI_IDENTIFIER *type, TLI_IDEN
 {
     FILE *file = stream->file;
     char name[TLCJ_NAME_CAPACITY];
+    if (function != nullptr && type != nullptr &&
+        TLIT_TypeSubclass(nullptr, type) == TLIT_SUBCLASS_DATA) { /* the field of a data item */
+        std::fputs(TLCJ_Name(stream, function, name), file);
+        return 1;
+    }
     bool is_type = type != nullptr && TLIT_TypeSubclass(nullptr, type) == TLIT_SUBCLASS_FUNCTION &&
                    TLI_IdentifierClass(type) == TLI_TYPE;
     if (function == nullptr || !is_type) return 0;

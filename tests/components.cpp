@@ -107,3 +107,35 @@ TEST(Components, ItemsWithoutANameGiveNoRecord)
               std::string("|even 3:M.PUMP/COMPONENT | 06 00 1:P/MESSAGE 1:E/COMPONENT ") + zero +
                   zero + "| 02 00");
 }
+
+TEST(Components, AreConstructedInJava)
+{
+    DataSource source(
+        "PRIVATE\nCONST MESSAGE TITLE = \"Engine\"\n"
+        "DATA COMPONENT ENGINE\nBEGIN\n Name = TITLE, Helpscreen = NULL\nEND\n"
+        "DATA COMPONENT class\nBEGIN\n Name = TITLE\n Parent = ENGINE\n"
+        " VARLOC left Location = NULL\n"
+        " VARLOC 3\n VARLOC right\n  Location = NULL, Attributes = -3, Name = NULL\nEND\n"
+        "DATA COMPONENT FULL\nBEGIN\n Name = NULL\n Location = NULL\n"
+        " Helpscreen = NULL\nEND\n");
+    EXPECT_EQ(source.java("ENGINE"), "  public static Component ENGINE;\n"
+                                     "    ENGINE = new Component(\"Engine\", 0, null);\n");
+    EXPECT_EQ(source.java("class"), "  public static Component class_;\n"
+                                    "  public static Varloc left;\n"
+                                    "  public static Varloc right;\n"
+                                    "    class_ = new Component(\"Engine\", 0);\n"
+                                    "    left = new Varloc(\"Engine\", null, 0);\n"
+                                    "    left.setParent(class_);\n\n"
+                                    "    right = new Varloc(null, null, -3);\n"
+                                    "    right.setParent(class_);\n\n"
+                                    "    class_.setParent(ENGINE);\n\n");
+    EXPECT_EQ(source.java("FULL"), "  public static Component FULL;\n"
+                                   "    FULL = new Component(null, 0, null, null);\n");
+}
+
+TEST(Components, JavaNamesItemsAsValues)
+{
+    CompiledSource source(section(" VARLOC left Location = {A}\n" + std::string(title)) +
+                          "FUNCTION VARLOC F()\nBEGIN\n RETURN PUMP.left\nEND\n");
+    EXPECT_EQ(source.text("F", TLC_TARGET_JAVA), " return left;\n");
+}

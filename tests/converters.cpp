@@ -213,3 +213,11 @@ TEST(Waveforms, TheLimitIsReportedOnce)
     EXPECT_EQ(record.substr(0, 38), "|even 3:M.X/WAVEFORM | 08 00 07 07 07 ");
     EXPECT_EQ(record.substr(record.size() - 8), "07 07 08");
 }
+
+TEST(Converters, AreObjectsInJava)
+{
+    DataSource source("PRIVATE\nDATA CONVERTER X\nBEGIN\n Offset = 3\nEND\n"
+                      "DATA WAVEFORM W\nBEGIN\n 3\nEND\n");
+    EXPECT_EQ(source.java("X"), "  public static Converter X;\n    X = new Converter();\n");
+    EXPECT_EQ(source.java("W"), "  public static Waveform W;\n    W = new Waveform();\n");
+}

@@ -26,6 +26,23 @@ public:
         return text.empty() ? text : text.substr(0, text.size() - 1);
     }
 
+    // Java text of one section: the fields, then what constructs them.
+    std::string java(const char *name) const
+    {
+        char *buffer = nullptr;
+        size_t size = 0;
+        FILE *file = open_memstream(&buffer, &size);
+        TLC_STREAM *stream = TLC_NewJavaStream(file, module, 0);
+        generate(stream, name);
+        TLC_NextPass(stream);
+        generate(stream, name);
+        TLC_DelStream(stream);
+        std::fclose(file);
+        std::string result(buffer, size);
+        std::free(buffer);
+        return result;
+    }
+
 private:
     static uint32_t field_size(const TLC_FIXUP *fixup)
     {

@@ -9,10 +9,24 @@ class components extends Diagnostic {
   /*
    * Data declarations
    */
+  public static Component ENGINE;
+  public static Component PUMP;
+  public static Varloc left;
+  public static Varloc right;
   /*
    * fix up static data
    */
   static {
+    ENGINE = new Component((String) toll_item("MESSAGE", "ENGINE_NAME"), 0, (Data) toll_item("HELPSCREEN", "ENGINE_HELP"));
+    PUMP = new Component((String) toll_item("MESSAGE", "PUMP_NAME"), 0, (Data) toll_item("PARAMETER", "ENGINE_BAY"));
+    left = new Varloc((String) toll_item("MESSAGE", "PUMP_NAME"), (Data) toll_item("PARAMETER", "LEFT_SIDE"), 3);
+    left.setParent(PUMP);
+
+    right = new Varloc((String) toll_item("MESSAGE", "RIGHT_NAME"), (Data) toll_item("PARAMETER", "RIGHT_SIDE"), 0);
+    right.setParent(PUMP);
+
+    PUMP.setParent(ENGINE);
+
   }
 
 
@@ -20,18 +34,14 @@ public static String named(
 )
 {
 
-    return /*ERROR - No code generated for term */
-.getNAME()/*ERROR - No code generated for term */
-;
+    return PUMP.getNAME();
 }
 
 public static Data place(
 )
 {
 
-    return /*ERROR - No code generated for term */
-.getLOCATION()/*ERROR - No code generated for term */
-;
+    return right.getLOCATION();
 }
 
 public static int attributes(

@@ -10,10 +10,18 @@ class converters extends Diagnostic {
   /*
    * Data declarations
    */
+  public static Converter SENSOR;
+  public static Waveform PULSE;
+  public static Converter PLAIN;
+  public static Converter CHAIN;
   /*
    * fix up static data
    */
   static {
+    SENSOR = new Converter();
+    PULSE = new Waveform();
+    PLAIN = new Converter();
+    CHAIN = new Converter();
   }
 
 
@@ -41,16 +49,14 @@ public static int scale(
 )
 {
 
-    return /*ERROR - No code generated for term */
-.getMULTIPLIER()/*ERROR - No code generated for term */
-;
+    return PLAIN.getMULTIPLIER();
 }
 
 static Data pulse(
 )
 {
 
-    return ;
+    return PULSE;
 }
 
 }
