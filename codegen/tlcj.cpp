@@ -3,8 +3,10 @@
  */
 #include "codegen/tlcj.h"
 
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 
 #include "codegen/tlc.h"
 #include "names/tli.h"
@@ -67,34 +69,57 @@ bool TLCJ_IsBoxed(TLC_STREAM *stream, TLI_IDENTIFIER *identifier)
 
 /* ---- Words that are not free ---- */
 
-/* Words of Java, of the classes that all generated ones extend, and of the classes that text names. */
+/*
+ * Words of Java, of the class that all generated ones extend, and of the classes that text names, in
+ * byte order.
+ */
 static constexpr const char *reserved_words[] = {
-    "Data",       "Diagnostic", "Items",     "Object",    "Override",     "Raise",      "String",
-    "Vector",     "_",          "abs",       "abstract",  "assert",       "boolean",    "break",
-    "byte",       "case",       "catch",     "char",      "class",        "clone",      "const",
-    "continue",   "default",    "do",        "double",    "else",         "enum",       "equals",
-    "exports",    "extends",    "false",     "final",     "finalize",     "finally",    "float",
-    "for",        "getClass",   "goto",      "hashCode",  "if",           "implements", "import",
-    "instanceof", "int",        "interface", "long",      "max",          "min",        "module",
-    "native",     "new",        "notify",    "notifyAll", "null",         "package",    "permits",
-    "private",    "protected",  "public",    "record",    "return",       "sealed",     "short",
-    "static",     "strictfp",   "super",     "switch",    "synchronized", "this",       "throw",
-    "throws",     "toString",   "transient", "true",      "try",          "var",        "void",
-    "volatile",   "wait",       "while",     "yield",
+    "Data",     "Diagnostic", "Items",    "Object",   "Override",   "Raise",     "String",
+    "Vector",   "_",          "abs",      "abstract", "assert",     "boolean",   "break",
+    "byte",     "case",       "catch",    "char",     "class",      "clone",     "const",
+    "continue", "default",    "do",       "double",   "else",       "enum",      "equals",
+    "extends",  "false",      "final",    "finalize", "finally",    "float",     "for",
+    "getClass", "goto",       "hashCode", "if",       "implements", "import",    "instanceof",
+    "int",      "interface",  "long",     "max",      "min",        "native",    "new",
+    "notify",   "notifyAll",  "null",     "package",  "private",    "protected", "public",
+    "return",   "short",      "static",   "strictfp", "super",      "switch",    "synchronized",
+    "this",     "throw",      "throws",   "toString", "transient",  "true",      "try",
+    "void",     "volatile",   "wait",     "while",    "yield",
 };
 
-/* Classes that generated text uses without naming their package, beside those above. */
+/* What else cannot be the name of a class: words of Java there, and classes that text may need. */
 static constexpr const char *library_classes[] = {
-    "Boolean", "Character", "Component", "Connector", "Converter", "Error",  "Exception",
-    "Fault",   "Float",     "Hardware",  "Integer",   "Math",      "Number", "Pin",
-    "Point",   "System",    "Varloc",    "View",      "Waveform",
+    "Boolean", "Character", "Component", "Connector", "Converter", "Error",  "Exception", "Fault",
+    "Float",   "Hardware",  "Integer",   "Math",      "Number",    "Pin",    "Point",     "System",
+    "Varloc",  "View",      "Waveform",  "permits",   "record",    "sealed", "var",
 };
+
+/* For each first letter, the place of the first word that begins with it. */
+struct WORD_INDEX {
+    uint8_t start[129];
+};
+
+static consteval WORD_INDEX index_words()
+{
+    WORD_INDEX index = {};
+    uint8_t place = 0;
+    for (int32_t letter = 0; letter <= 128; ++letter) {
+        while (place < std::size(reserved_words) && reserved_words[place][0] < letter)
+            ++place;
+        index.start[letter] = place;
+    }
+    return index;
+}
+
+static constexpr WORD_INDEX word_index = index_words();
 
 static bool is_reserved(const char *name)
 {
-    if (std::strncmp(name, "toll", 4) == 0) return true;
-    for (const char *word : reserved_words) {
-        if (word[0] == name[0] && std::strcmp(word, name) == 0) return true;
+    auto letter = static_cast<unsigned char>(name[0]);
+    if (letter >= 128) return false;
+    if (letter == 't' && std::strncmp(name, "toll", 4) == 0) return true;
+    for (size_t i = word_index.start[letter]; i < word_index.start[letter + 1]; ++i) {
+        if (std::strcmp(reserved_words[i], name) == 0) return true;
     }
     return false;
 }
@@ -109,19 +134,32 @@ static bool is_library_class(const char *name)
 
 static bool is_taken(const TLCJ_STATE *state, const char *name)
 {
-    return state->taken != nullptr && HS_FindName(state->taken, name, nullptr);
+    if (std::strcmp(state->class_name, name) == 0) return true;
+    return state->has_modules && HS_FindName(state->taken, name, nullptr);
 }
 
 /* ---- Names ---- */
 
+static bool is_java_character(char c)
+{
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
+}
+
 static char *java_characters(char *text)
 {
     for (char *at = text; *at != '\0'; ++at) {
-        bool is_good =
-            (*at >= 'A' && *at <= 'Z') || (*at >= 'a' && *at <= 'z') || (*at >= '0' && *at <= '9');
-        if (!is_good) *at = '_';
+        if (!is_java_character(*at)) *at = '_';
     }
     return text;
+}
+
+/* Copies a name as Java takes it, as far as there is room; gives where it ends. */
+static char *copy_name(char *at, const char *end, const char *name)
+{
+    for (; *name != '\0' && end - at > 1; ++name)
+        *at++ = is_java_character(*name) ? *name : '_';
+    *at = '\0';
+    return at;
 }
 
 void TLCJ_ClassName(const char *path, char *buffer)
@@ -151,6 +189,7 @@ void TLCJ_UseModule(TLC_STREAM *stream, TLP_MODULE *module)
     if (HS_FindName(state->classes, domain, nullptr)) return;
     HS_NewName(state->classes, domain, reinterpret_cast<intptr_t>(ST_Allocate(name)));
     HS_NewName(state->taken, name, 0);
+    state->has_modules = true;
 }
 
 /* A module that is not known by a source of its own: its file has the name that USES names it by. */
@@ -180,20 +219,20 @@ static TLI_IDENTIFIER *outer_function(TLI_IDENTIFIER *identifier)
 const char *TLCJ_OwnName(TLC_STREAM *stream, TLI_IDENTIFIER *identifier, char *buffer)
 {
     const char *name = TLI_IdentifierName(identifier);
+    const char *end = buffer + TLCJ_NAME_CAPACITY - 1; /* leaves room for a "_" */
     TLI_IDENTIFIER *outer = outer_function(identifier);
-    bool has_digit = name[0] >= '0' && name[0] <= '9';
+    char *at = buffer;
     if (outer != nullptr) {
-        std::snprintf(buffer, TLCJ_NAME_CAPACITY, "%s_%s", TLI_IdentifierName(outer), name);
-    } else {
-        std::snprintf(buffer, TLCJ_NAME_CAPACITY, "%s%s", has_digit ? "_" : "", name);
+        at = copy_name(at, end, TLI_IdentifierName(outer));
+        at = copy_name(at, end, "_");
+    } else if (name[0] >= '0' && name[0] <= '9') {
+        *at++ = '_';
     }
-    java_characters(buffer);
+    at = copy_name(at, end, name);
     bool is_type = TLI_IdentifierClass(identifier) == TLI_TYPE;
-    const TLCJ_STATE *state = TLCJ_State(stream);
-    bool is_free =
-        !is_reserved(buffer) && !is_taken(state, buffer) && !(is_type && is_library_class(buffer));
-    size_t end = std::strlen(buffer);
-    if (!is_free) std::snprintf(buffer + end, TLCJ_NAME_CAPACITY - end, "_");
+    bool is_free = !is_reserved(buffer) && !is_taken(TLCJ_State(stream), buffer) &&
+                   !(is_type && is_library_class(buffer));
+    if (!is_free) std::memcpy(at, "_", 2);
     return buffer;
 }
 

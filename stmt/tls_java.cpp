@@ -21,12 +21,21 @@ int32_t TLS_NewJavaName(TLC_STREAM *stream)
     return ++TLCJ_State(stream)->names;
 }
 
+void TLS_WriteJavaIndent(TLC_STREAM *stream, int32_t indent)
+{
+    static constexpr char blanks[] = "                                ";
+    static constexpr int32_t count = sizeof blanks - 1;
+    for (; indent > count; indent -= count)
+        std::fputs(blanks, stream->file);
+    if (indent > 0) std::fputs(blanks + count - indent, stream->file);
+}
+
 /* ---- Expressions in statements ---- */
 
 void TLS_WriteJavaExpression(TLC_STREAM *stream, const TLS_BLOCK *block, TLE_TERM *expression)
 {
     stream->text.statement = expression;
-    std::fprintf(stream->file, "%*s", block->indent, "");
+    TLS_WriteJavaIndent(stream, block->indent);
     TLE_JavaStatement(stream, expression);
     std::fputs(";\n", stream->file);
     stream->text.statement = nullptr;
@@ -40,7 +49,8 @@ static TLI_IDENTIFIER *result_type(const TLS_BLOCK *block)
 
 void TLS_WriteJavaReturn(TLC_STREAM *stream, const TLS_BLOCK *block, TLE_TERM *expression)
 {
-    std::fprintf(stream->file, "%*sreturn ", block->indent, "");
+    TLS_WriteJavaIndent(stream, block->indent);
+    std::fputs("return ", stream->file);
     if (expression != nullptr) TLE_JavaResult(stream, result_type(block), expression);
     std::fputs(";\n", stream->file);
     TLS_SetOpen(stream, false);

@@ -26,6 +26,9 @@ inline void TLS_SetOpen(TLC_STREAM *stream, bool is_open)
 /** Whether a statement is to be written: control reaches it, and its expression is sound. */
 bool TLS_IsWritten(TLC_STREAM *stream, const TLS_STATEMENT *record, const TLE_TERM *expression);
 
+/** Writes blanks up to a column. */
+void TLS_WriteJavaIndent(TLC_STREAM *stream, int32_t indent);
+
 /** Writes an expression as a statement of its own. */
 void TLS_WriteJavaExpression(TLC_STREAM *stream, const TLS_BLOCK *block, TLE_TERM *expression);
 

@@ -21,10 +21,11 @@ static void write_case(TLC_STREAM *stream, const TLS_BLOCK *block, const TLSS_SW
     TLI_IDENTIFIER *named = is_enumeration ? TLIT_EnumGetValue(type, value->value) : nullptr;
     TLI_SCOPE *scope = named == nullptr ? nullptr : TLI_IdentifierScope(named);
     if (scope != nullptr && TLI_ScopeType(scope) == TLI_STATIC_SCOPE) {
-        std::fprintf(stream->file, "%*scase %s :\n", block->indent, "",
-                     TLCJ_Name(stream, named, name));
+        TLS_WriteJavaIndent(stream, block->indent);
+        std::fprintf(stream->file, "case %s :\n", TLCJ_Name(stream, named, name));
     } else {
-        std::fprintf(stream->file, "%*scase %d :\n", block->indent, "", value->value);
+        TLS_WriteJavaIndent(stream, block->indent);
+        std::fprintf(stream->file, "case %d :\n", value->value);
     }
 }
 
