@@ -30,8 +30,9 @@ static const char *text_name(TLI_IDENTIFIER *function)
 static void start_c_call(TLC_STREAM *stream, TLI_IDENTIFIER *function, int32_t direct)
 {
     char name[TLCC_NAME_CAPACITY];
-    TLCC_Name(function, name);
-    std::fprintf(stream->file, direct ? "%s(" : "(*toll_called(%s))(", name);
+    if (!direct) std::fputs("(*toll_called(", stream->file);
+    std::fputs(TLCC_Name(function, name), stream->file);
+    std::fputs(direct ? "(" : "))(", stream->file);
 }
 
 void TLC_StartCall(TLC_STREAM *stream, TLI_IDENTIFIER *function, int32_t direct)

@@ -5,8 +5,10 @@
 #include "codegen/tlc.h"
 #include "core/ifc.h"
 
+#include <charconv>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 #include <ostrum/eep.h>
 #include <ostrum/st.h>
 #include <ostrum/tli.h>
@@ -154,7 +156,9 @@ void TLC_Literal(TLC_STREAM *stream, int32_t value)
     if (stream->target == TLC_TARGET_PCODE) {
         put_literal(stream, value);
     } else {
-        std::fprintf(stream->file, "%d", value);
+        char digits[16];
+        const std::to_chars_result end = std::to_chars(digits, std::end(digits), value);
+        std::fwrite(digits, 1, static_cast<size_t>(end.ptr - digits), stream->file);
     }
 }
 

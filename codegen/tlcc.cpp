@@ -41,17 +41,17 @@ static bool is_reserved(const char *name)
     if (name[0] < 'a' || name[0] > 'w') return std::strcmp(name, "NULL") == 0;
     if (std::strncmp(name, "toll", 4) == 0) return true;
     size_t length = std::strlen(name);
-    if (length > 2 && std::strcmp(name + length - 2, "_t") == 0) return true;
+    if (length < 2) return false;
+    if (length > 2 && name[length - 2] == '_' && name[length - 1] == 't') return true;
     for (const char *word : reserved_words) {
-        if (word[0] == name[0] && std::strcmp(word, name) == 0) return true;
+        if (word[0] == name[0] && word[1] == name[1] && std::strcmp(word, name) == 0) return true;
     }
     return false;
 }
 
 /* Other modules see it, so that its module's name tells it from theirs. */
-static bool is_qualified(TLI_IDENTIFIER *identifier)
+static bool is_seen_outside(TLI_IDENTIFIER *identifier)
 {
-    if (TLI_FindPragma(identifier, "NOTAG") != nullptr) return false;
     TLI_SCOPE *scope = TLI_IdentifierScope(identifier);
     if (scope == nullptr || TLI_ScopeType(scope) != TLI_STATIC_SCOPE) return false;
     switch (TLI_IdentifierClass(identifier)) {
@@ -66,6 +66,11 @@ static bool is_qualified(TLI_IDENTIFIER *identifier)
     }
 }
 
+static bool is_qualified(TLI_IDENTIFIER *identifier)
+{
+    return is_seen_outside(identifier) && TLI_FindPragma(identifier, "NOTAG") == nullptr;
+}
+
 /* A function inside another is known by both names, since C has all functions side by side. */
 static TLI_IDENTIFIER *outer_function(TLI_IDENTIFIER *identifier)
 {
@@ -74,14 +79,25 @@ static TLI_IDENTIFIER *outer_function(TLI_IDENTIFIER *identifier)
     return scope == nullptr ? nullptr : scope->identifier;
 }
 
+static bool is_name_character(char character)
+{
+    return (character >= 'A' && character <= 'Z') || (character >= 'a' && character <= 'z') ||
+           (character >= '0' && character <= '9') || character == '_';
+}
+
 char *TLCC_Characters(char *text)
 {
     for (char *at = text; *at != '\0'; ++at) {
-        bool is_good =
-            (*at >= 'A' && *at <= 'Z') || (*at >= 'a' && *at <= 'z') || (*at >= '0' && *at <= '9');
-        if (!is_good) *at = '_';
+        if (!is_name_character(*at)) *at = '_';
     }
     return text;
+}
+
+static bool is_name(const char *text)
+{
+    while (is_name_character(*text))
+        ++text;
+    return *text == '\0';
 }
 
 bool TLCC_IsItem(TLI_IDENTIFIER *identifier)
@@ -93,9 +109,19 @@ bool TLCC_IsItem(TLI_IDENTIFIER *identifier)
            function_class != TLP_SECTION_SYSCALL;
 }
 
+static const char *plain_name(const char *name, char *buffer)
+{
+    const bool has_mark = is_reserved(name);
+    if (!has_mark && is_name(name)) return name;
+    ST_Concat(buffer, TLCC_NAME_CAPACITY, name, has_mark ? "_" : "", nullptr);
+    return TLCC_Characters(buffer);
+}
+
 const char *TLCC_Name(TLI_IDENTIFIER *identifier, char *buffer)
 {
     const char *name = TLI_IdentifierName(identifier);
+    const int32_t kind = TLI_IdentifierClass(identifier);
+    if (kind == TLI_VARIABLE || kind == TLI_ARGUMENT) return plain_name(name, buffer);
     if (TLCC_IsItem(identifier)) {
         return TLCC_ItemName(TLI_IdentifierType(identifier), name, buffer);
     }
@@ -103,11 +129,8 @@ const char *TLCC_Name(TLI_IDENTIFIER *identifier, char *buffer)
     TLI_IDENTIFIER *outer = outer_function(identifier);
     const char *before = outer != nullptr ? TLI_IdentifierName(outer) : "";
     if (domain != nullptr && is_qualified(identifier)) before = TLI_DomainName(domain);
-    if (before[0] != '\0') {
-        std::snprintf(buffer, TLCC_NAME_CAPACITY, "%s.%s", before, name);
-    } else {
-        std::snprintf(buffer, TLCC_NAME_CAPACITY, "%s%s", name, is_reserved(name) ? "_" : "");
-    }
+    if (before[0] == '\0') return plain_name(name, buffer);
+    ST_Concat(buffer, TLCC_NAME_CAPACITY, before, "_", name, nullptr);
     return TLCC_Characters(buffer);
 }
 
@@ -146,9 +169,10 @@ static void write_arguments(TLC_STREAM *stream, TLI_IDENTIFIER *function, const 
     int32_t index = 0;
     TLI_IDENTIFIER *argument;
     while ((argument = TLIV_GetFunctionArgument(function, index)) != nullptr) {
-        std::fprintf(file, "%s%s %s%s", index == 0 ? first : other,
-                     TLCC_TypeName(TLI_IdentifierType(argument)), is_reference(argument) ? "*" : "",
-                     TLCC_Name(argument, name));
+        std::fputs(index == 0 ? first : other, file);
+        std::fputs(TLCC_TypeName(TLI_IdentifierType(argument)), file);
+        std::fputs(is_reference(argument) ? " *" : " ", file);
+        std::fputs(TLCC_Name(argument, name), file);
         ++index;
     }
 }
@@ -366,8 +390,9 @@ static void write_item(TLC_STREAM *stream, TLI_IDENTIFIER *item)
     TLI_IDENTIFIER *type = TLI_IdentifierType(item);
     int32_t dimension = TLI_IdentifierDimension(item, nullptr);
     bool is_pair = dimension == 0 || TLIT_IsArrayType(type);
-    std::fprintf(TLC_CFile(stream), "%s %s%s", TLCC_TypeName(type), is_pair ? "*" : "",
-                 TLCC_Name(item, name));
+    std::fputs(TLCC_TypeName(type), TLC_CFile(stream));
+    std::fputs(is_pair ? " *" : " ", TLC_CFile(stream));
+    std::fputs(TLCC_Name(item, name), TLC_CFile(stream));
     if (dimension > 0) std::fprintf(TLC_CFile(stream), "[%d]", dimension);
 }
 

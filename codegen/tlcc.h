@@ -13,8 +13,8 @@ enum { TLCC_NAME_CAPACITY = 72 };
  * functions, enumeration values and constants that are public; by itself elsewhere. A word that C or
  * toll.h keeps for itself gets a "_" behind it.
  * @param identifier the identifier
- * @param buffer out: TLCC_NAME_CAPACITY bytes
- * @return the buffer
+ * @param buffer room for the name where it is not the identifier's own: TLCC_NAME_CAPACITY bytes
+ * @return the name; in the buffer, or the identifier's
  */
 const char *TLCC_Name(TLI_IDENTIFIER *identifier, char *buffer);
 

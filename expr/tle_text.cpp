@@ -88,17 +88,17 @@ static bool names_array(const TLE_TERM *term)
 }
 
 /*
- * How C reaches an identifier: a reference is a pointer there, to the first element where it is to
- * an array, and an array is by itself the address of its elements.
+ * How C reaches an identifier, as what stands before its name: a reference is a pointer there, to the
+ * first element where it is to an array, and an array is by itself the address of its elements.
  */
 static const char *c_reach(const TLE_TERM *term, int32_t mode)
 {
     bool is_reference = TLIV_ArgumentPassType(term->identifier) != TLIV_BY_VALUE;
     bool is_dimensioned = (TLI_IdentifierFlags(term->identifier) & TLI_DIMENSIONED) != 0;
-    if (is_reference && !is_dimensioned) return mode == TLE_MODE_VALUE ? "(*%s)" : "%s";
-    if (mode == TLE_MODE_VALUE) return "%s";
+    if (is_reference && !is_dimensioned) return mode == TLE_MODE_VALUE ? "(*" : "";
+    if (mode == TLE_MODE_VALUE) return "";
     bool is_address = names_array(term) && (is_reference || mode == TLE_MODE_EXTENT);
-    return is_address ? "%s" : "&%s";
+    return is_address ? "" : "&";
 }
 
 /* C has no functions inside others, and so no way to the variables of one that is around. */
@@ -118,7 +118,11 @@ static int32_t identifier_text(TLC_STREAM *stream, TLE_TERM *term, int32_t mode)
     if (is_out_of_reach(stream, term->identifier)) {
         TLC_Error(stream, "Variable of an outer function not possible in 'C'");
     }
-    std::fprintf(TLC_CFile(stream), c_reach(term, mode), TLCC_Name(term->identifier, name));
+    FILE *file = TLC_CFile(stream);
+    const char *reach = c_reach(term, mode);
+    if (reach[0] != '\0') std::fputs(reach, file);
+    std::fputs(TLCC_Name(term->identifier, name), file);
+    if (reach[0] == '(') std::fputs(")", file);
     return subscript_text(stream, term);
 }
 

@@ -15,7 +15,14 @@
 
 void TLS_WriteIndent(TLC_STREAM *stream, const TLS_BLOCK *block)
 {
-    std::fprintf(TLC_CFile(stream), "%*s", block->indent, "");
+    static constexpr char blanks[] =
+        "                                                                ";
+    static constexpr int32_t room = sizeof blanks - 1;
+    FILE *file = TLC_CFile(stream);
+    int32_t left = block->indent;
+    for (; left > room; left -= room)
+        std::fwrite(blanks, 1, room, file);
+    if (left > 0) std::fwrite(blanks, 1, static_cast<size_t>(left), file);
 }
 
 /* ---- Expressions in statements ---- */
