@@ -37,10 +37,11 @@ compile_folder() { # LEAST FOLDER NAME [OPTION...]
     for text in "$output"/partial/*.java; do
         [ ! -e "$text" ] || grep -q '/\*ERROR - ' "$text" || fail "no comment in $text"
     done
-    [ -z "$(grep -l '/\*ERROR - ' "$output"/*.java)" ] || fail "an unreported error in $folder"
-    [ "$(ls "$output"/*.java | wc -l)" -ge "$least" ] || fail "too few files of $folder"
-    compile "$output/classes" "$output"/*.java
-    echo "$(ls "$output"/*.java | wc -l) files of $folder"
+    local texts=("$output"/*.java)
+    ! grep -l '/\*ERROR - ' "${texts[@]}" || fail "an unreported error in $folder"
+    [ "${#texts[@]}" -ge "$least" ] || fail "too few files of $folder"
+    compile "$output/classes" "${texts[@]}"
+    echo "${#texts[@]} files of $folder"
 }
 compile_folder 8 "$source/examples" examples -I "$source/examples"
 compile_folder 5 "$source/tests/golden" golden -I "$source/tests/golden/used"
