@@ -303,8 +303,13 @@ void TLC_Error(TLC_STREAM *stream, const char *message)
     // A trial tells nothing: its text is written again.
     if (stream->text.declarations != nullptr) return;
     std::fprintf(stream->file, "/*ERROR - %s */\n", message);
-    stream->text_errors++;
-    last_text_errors = stream->text_errors;
+    TLC_SetTextErrors(stream, stream->text_errors + 1);
+}
+
+void TLC_SetTextErrors(TLC_STREAM *stream, int32_t count)
+{
+    stream->text_errors = count;
+    last_text_errors = count;
 }
 
 const char *TLC_IdentifierSymbol(TLI_IDENTIFIER *identifier, char *buffer)

@@ -154,6 +154,9 @@ const char *TLC_IdentifierSymbol(TLI_IDENTIFIER *identifier, char *buffer);
 /** The value of a flag name of the pragma TOLL_KOB_FLAG; 0 for a name that is not known. */
 uint32_t TLC_FlagValue(const char *name);
 
+/** Sets how many faults the text has: what a further report of the same place must not raise. */
+void TLC_SetTextErrors(TLC_STREAM *stream, int32_t count);
+
 /**
  * Emits an opcode that folds neither with what stands before it nor with what comes behind: a symbol
  * marks its place, and the byte there has to stay.

@@ -370,8 +370,12 @@ int32_t TLE_TermCode(TLC_STREAM *stream, TLE_TERM *term, int32_t mode)
         return 1;
     }
     const int32_t placeholders = stream->text.placeholders;
+    const int32_t errors = stream->text_errors;
     if (any_code(stream, term, mode)) return 1;
+    const int32_t counted = stream->text_errors;
     report_uncoded(stream, term);
+    /* A place counts once, however many terms stand around it. */
+    if (counted > errors) TLC_SetTextErrors(stream, counted);
     /* C wants something to stand where the innermost value is missing. */
     if (stream->target == TLC_TARGET_C && stream->text.placeholders == placeholders) {
         std::fputs("0", stream->file);

@@ -124,6 +124,17 @@ TEST(CText, WhatCannotBeExpressedIsLeftAsAComment)
               std::string::npos);
 }
 
+TEST(CText, APlaceIsCountedOnce)
+{
+    Files files("PRIVATE\n"
+                "FUNCTION INT f(VAR INT list[])\n"
+                "BEGIN\n"
+                "    RETURN 1 + 2 * upb(list)\n"
+                "END\n");
+    EXPECT_EQ(files.faults, 1);
+    EXPECT_NE(files.code.find("/*ERROR - No code generated for term */\n"), std::string::npos);
+}
+
 // ---- Statements ----
 
 struct StatementRow {
