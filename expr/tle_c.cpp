@@ -88,7 +88,8 @@ static uint32_t scan_identifier(const TLC_STREAM *stream, const TLE_TERM *term)
 {
     if (term->identifier == nullptr) return 0;
     uint32_t flags = is_own_variable(term->identifier) ? READS_LOCAL : READS_MEMORY;
-    if (TLI_IdentifierClass(term->identifier) == TLI_CONSTANT) flags = 0;
+    int32_t kind = TLI_IdentifierClass(term->identifier);
+    if (kind == TLI_CONSTANT || kind == TLI_TYPE) flags = 0;
     if (term->left == nullptr) return flags;
     if (TLC_StreamFlags(stream) & TLC_FLAG_CHECKS) flags |= MAY_STOP;
     return flags | scan(stream, term->left);
@@ -156,16 +157,44 @@ static bool keeps_value(const TLC_STREAM *stream, const TLE_TERM *assignment)
     return is_used && assignment->left->type != nullptr && is_narrow(assignment->left->type);
 }
 
+static bool is_variable(const TLE_TERM *place)
+{
+    if (place->kind != TLT_TOKEN_IDENTIFIER || place->identifier == nullptr) return false;
+    return TLIV_ArgumentPassType(place->identifier) == TLIV_BY_VALUE &&
+           !TLIT_IsArrayType(TLI_IdentifierType(place->identifier));
+}
+
+/* Two variables are known apart; what is reached in another way is known by its type alone. */
+static bool may_be_same(const TLE_TERM *one, const TLE_TERM *other)
+{
+    if (is_variable(one) && is_variable(other)) return one->identifier == other->identifier;
+    return one->type == other->type;
+}
+
+/* Whether a value stores where its own assignment will: C leaves the order of the two stores open. */
+static bool stores_into(const TLE_TERM *term, const TLE_TERM *place)
+{
+    while (term != nullptr && TLE_TermOperator(term) != nullptr) {
+        bool is_store = term->kind == TLT_TOKEN_ASSIGN;
+        if (is_store && term->left != nullptr && may_be_same(term->left, place)) return true;
+        if (!is_store && stores_into(term->right, place)) return true;
+        term = is_store ? term->right : term->left;
+    }
+    return false;
+}
+
 static bool is_collision(const TLC_STREAM *stream, const TLE_TERM *assignment)
 {
-    return collide(scan(stream, assignment->right), scan_place(stream, assignment->left));
+    return collide(scan(stream, assignment->right), scan_place(stream, assignment->left)) ||
+           stores_into(assignment->right, assignment->left);
 }
 
 static uint32_t scan_assignment(const TLC_STREAM *stream, const TLE_TERM *term)
 {
     uint32_t flags = scan(stream, term->right);
     uint32_t place = scan_place(stream, term->left);
-    if (collide(flags, place)) flags |= IS_UNORDERED;
+    bool is_twice = term->left != nullptr && stores_into(term->right, term->left);
+    if (collide(flags, place) || is_twice) flags |= IS_UNORDERED;
     if (keeps_value(stream, term)) flags |= IS_PREPARED;
     return flags | place | WRITES;
 }

@@ -35,6 +35,7 @@
 #endif
 #pragma GCC diagnostic ignored "-Wunused-variable"
 #pragma GCC diagnostic ignored "-Wunused-but-set-variable"
+#pragma GCC diagnostic ignored "-Wunused-but-set-parameter"
 #pragma GCC diagnostic ignored "-Wunused-parameter"
 #pragma GCC diagnostic ignored "-Wunused-function"
 #pragma GCC diagnostic ignored "-Wunused-label"
@@ -42,13 +43,13 @@
 #pragma GCC diagnostic ignored "-Wswitch"
 #pragma GCC diagnostic ignored "-Wtype-limits"
 #pragma GCC diagnostic ignored "-Waddress"
+#pragma GCC diagnostic ignored "-Wbool-operation"
 #pragma GCC diagnostic ignored "-Wtautological-compare"
 #if defined(__clang__)
 #pragma GCC diagnostic ignored "-Wself-assign"
 #pragma GCC diagnostic ignored "-Winfinite-recursion"
 #pragma GCC diagnostic ignored "-Wincompatible-library-redeclaration"
 #else
-#pragma GCC diagnostic ignored "-Wunused-but-set-parameter"
 #pragma GCC diagnostic ignored "-Wbuiltin-declaration-mismatch"
 #if __GNUC__ >= 12
 #pragma GCC diagnostic ignored "-Winfinite-recursion"
