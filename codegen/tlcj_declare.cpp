@@ -3,6 +3,7 @@
  */
 #include "codegen/tlcj.h"
 
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 
@@ -162,7 +163,12 @@ static void write_variable(TLC_STREAM *stream, TLI_IDENTIFIER *variable)
 
 /* ---- Constants ---- */
 
-static void write_values(TLC_STREAM *stream, TLI_IDENTIFIER *type, TLE_TERM *links);
+static bool is_enumeration(TLI_IDENTIFIER *type)
+{
+    return TLIT_TypeSubclass(nullptr, type) == TLIT_SUBCLASS_ENUMERATION;
+}
+
+static void write_values(TLC_STREAM *stream, TLI_IDENTIFIER *type, TLE_TERM *links, bool is_passed);
 
 /* Each field of a record has a link of its own, which holds the field's values. */
 static void write_fields(TLC_STREAM *stream, TLI_IDENTIFIER *record, TLE_TERM *links)
@@ -182,16 +188,34 @@ static void write_fields(TLC_STREAM *stream, TLI_IDENTIFIER *record, TLE_TERM *l
             TLCJ_WriteType(stream, type);
             std::fputs("[] { ", file);
         }
-        write_values(stream, type, links->left);
+        write_values(stream, type, links->left, dimension <= 0);
         if (dimension > 0) std::fputs(" }", file);
     }
     std::fputs(")", file);
 }
 
-static void write_value(TLC_STREAM *stream, TLI_IDENTIFIER *type, TLE_TERM *value)
+/* A value of an array or of a constant by itself, which no conversion stands before. */
+static bool is_plain_number(TLI_IDENTIFIER *type, const TLE_TERM *value)
+{
+    if (value->kind != TLT_TOKEN_NUMBER) return false;
+    switch (TLCJ_Kind(type)) {
+    case TLCJ_WORD:
+        return !is_enumeration(type) || (value->value >= 0 && value->value <= UINT8_MAX);
+    case TLCJ_CHAR:
+        return value->value >= 0 && value->value <= UINT8_MAX;
+    case TLCJ_SHORT:
+        return value->value >= INT16_MIN && value->value <= INT16_MAX;
+    default:
+        return false;
+    }
+}
+
+static void write_value(TLC_STREAM *stream, TLI_IDENTIFIER *type, TLE_TERM *value, bool is_passed)
 {
     if (TLIT_IsRecordType(type)) {
         write_fields(stream, type, value);
+    } else if (value != nullptr && !is_passed && is_plain_number(type, value)) {
+        std::fprintf(stream->file, "%d", value->value);
     } else if (value == nullptr) {
         std::fputs(TLCJ_Kind(type) == TLCJ_OBJECT ? "null" : "0", stream->file);
     } else if (TLIT_IsArrayType(type)) {
@@ -201,10 +225,10 @@ static void write_value(TLC_STREAM *stream, TLI_IDENTIFIER *type, TLE_TERM *valu
     }
 }
 
-static void write_values(TLC_STREAM *stream, TLI_IDENTIFIER *type, TLE_TERM *links)
+static void write_values(TLC_STREAM *stream, TLI_IDENTIFIER *type, TLE_TERM *links, bool is_passed)
 {
     for (TLE_TERM *link = links; link != nullptr; link = link->right) {
-        write_value(stream, type, link->left);
+        write_value(stream, type, link->left, is_passed);
         if (link->right != nullptr) std::fputs(", ", stream->file);
     }
 }
@@ -222,7 +246,7 @@ static void write_constant(TLC_STREAM *stream, TLI_IDENTIFIER *constant)
     TLCJ_WriteType(stream, TLI_IdentifierType(constant));
     std::fprintf(file, " %s%s = ", TLCJ_OwnName(stream, constant, name), is_array ? "[]" : "");
     if (is_array) std::fputs("{ ", file);
-    write_values(stream, TLI_IdentifierType(constant), values);
+    write_values(stream, TLI_IdentifierType(constant), values, false);
     std::fputs(is_array ? " };\n" : ";\n", file);
 }
 

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "expr/tle_code.h"
+#include "expr/tle_java.h"
 #include <ostrum/eep.h>
 #include <ostrum/tlc.h>
 #include <ostrum/tli.h>
@@ -205,6 +206,10 @@ static int32_t conversion_text(const TLB_BUILT_IN *record, TLC_STREAM *stream, T
         return written;
     }
     fputs(record == &TLB_ToFloat ? "(float) " : "(int) ", file);
+    /* Java makes no int of an object that holds a float. */
+    const bool is_object =
+        record == &TLB_Round && TLE_IsJavaItem(stream, TLE_CallArgument(term, 0));
+    if (is_object) fputs("(float) ", file);
     return TLB_TightArgument(stream, term, 0);
 }
 

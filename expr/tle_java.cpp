@@ -404,22 +404,40 @@ static const char *method_of(const TLE_TERM *term)
     }
 }
 
+static bool is_comparison(const TLE_TERM *term)
+{
+    return is_truth(term) && !wants_truth(term);
+}
+
 static bool is_comparison_of_texts(const TLE_TERM *term)
 {
-    return is_truth(term) && !wants_truth(term) && term->extra != 0;
+    return is_comparison(term) && term->extra != 0;
 }
 
 static bool needs_method_to_store(TLC_STREAM *stream, TLE_TERM *term);
+
+static bool is_in_object(TLE_TERM *place)
+{
+    const TLE_TERM *last = last_field(place);
+    bool is_name = last->kind == TLT_TOKEN_IDENTIFIER && last->identifier != nullptr;
+    if (!is_name) return false;
+    bool is_element = TLCJ_IsVector(last->identifier) && last->left != nullptr;
+    return is_element || TLCJ_IsReference(last->identifier);
+}
+
+bool TLE_IsJavaItem(TLC_STREAM *stream, TLE_TERM *term)
+{
+    if (term == nullptr) return false;
+    if (term->kind != TLT_TOKEN_ASSIGN) return is_in_object(term);
+    if (term->left == nullptr || term->right == nullptr) return false;
+    return needs_method_to_store(stream, term) || is_in_object(term->left);
+}
 
 /* The level at which a term's own text binds. */
 static int32_t own_level(TLC_STREAM *stream, TLE_TERM *term)
 {
     if (term->kind == TLT_TOKEN_ASSIGN) {
-        const TLE_TERM *last = last_field(term->left);
-        TLI_IDENTIFIER *identifier = last->identifier;
-        bool is_call = needs_method_to_store(stream, term) || TLCJ_IsReference(identifier) ||
-                       (TLCJ_IsVector(identifier) && last->left != nullptr);
-        return is_call ? TLE_LEVEL_OPERAND : TLE_LEVEL_ASSIGNMENT;
+        return TLE_IsJavaItem(stream, term) ? TLE_LEVEL_OPERAND : TLE_LEVEL_ASSIGNMENT;
     }
     return method_of(term) != nullptr ? static_cast<int32_t>(TLE_LEVEL_OPERAND)
                                       : TLE_TextLevel(term);
@@ -431,6 +449,7 @@ struct SHAPE {
     bool is_word;      /* a boolean becomes a word */
     bool is_test;      /* a word becomes a boolean */
     bool has_inner;    /* brackets before the test */
+    bool is_bits;      /* a float becomes the word that it is in P-code */
 };
 
 static SHAPE shape_of(TLC_STREAM *stream, TLE_TERM *term, const PLACE &place)
@@ -444,6 +463,8 @@ static SHAPE shape_of(TLC_STREAM *stream, TLE_TERM *term, const PLACE &place)
     if (shape.is_word) level = TLE_LEVEL_OPERAND;
     if (shape.is_test) level = TLE_LEVEL_EQUALITY;
     if (place.outer == nullptr) return shape;
+    shape.is_bits = term->type == TLIT_FloatType && is_comparison(place.outer);
+    if (shape.is_bits) return shape;
     /* The operands of a method are apart from one another. */
     if (method_of(place.outer) != nullptr || is_comparison_of_texts(place.outer)) return shape;
     shape.has_brackets = TLE_NeedsBrackets(TLE_TextLevel(place.outer), level, place.is_right);
@@ -452,6 +473,7 @@ static SHAPE shape_of(TLC_STREAM *stream, TLE_TERM *term, const PLACE &place)
 
 static void open_shape(TLC_STREAM *stream, const SHAPE &shape)
 {
+    if (shape.is_bits) std::fputs("toll_word_of_float(", stream->file);
     if (shape.has_brackets) std::fputs("(", stream->file);
     if (shape.is_word || shape.has_inner) std::fputs("(", stream->file);
 }
@@ -462,10 +484,21 @@ static void close_shape(TLC_STREAM *stream, const SHAPE &shape)
     if (shape.has_inner) std::fputs(")", stream->file);
     if (shape.is_test) std::fputs("!=0", stream->file);
     if (shape.has_brackets) std::fputs(")", stream->file);
+    if (shape.is_bits) std::fputs(")", stream->file);
+}
+
+/* P-code orders the addresses of objects, which have none in Java. */
+static bool orders_objects(const TLE_TERM *term)
+{
+    bool is_equality = term->kind == TLT_TOKEN_EQUAL || term->kind == TLT_TOKEN_NOT_EQUAL;
+    if (!is_comparison(term) || is_equality || is_comparison_of_texts(term)) return false;
+    return term->left != nullptr && term->left->type != nullptr &&
+           TLCJ_Kind(term->left->type) == TLCJ_OBJECT;
 }
 
 static void open_operator(TLC_STREAM *stream, const TLE_TERM *term)
 {
+    if (orders_objects(term)) TLC_Error(stream, "Order of objects not possible in 'Java'");
     const char *method = is_comparison_of_texts(term) ? "toll_compare" : method_of(term);
     if (method != nullptr) std::fprintf(stream->file, "%s(", method);
 }
@@ -765,6 +798,21 @@ static bool needs_method_to_store(TLC_STREAM *stream, TLE_TERM *term)
     return TLE_HasEffects(term->right) || TLE_HasEffects(place);
 }
 
+/* Java takes a literal for a char or a short by itself where the item has room for it. */
+static bool is_fitting_literal(TLI_IDENTIFIER *type, const TLE_TERM *value)
+{
+    int32_t number = 0;
+    if (!TLE_Constant(value, &number)) return false;
+    if (type == TLIT_CharType) return number >= 0 && number <= UINT8_MAX;
+    return type == TLIT_ShortType && number >= INT16_MIN && number <= INT16_MAX;
+}
+
+int32_t TLE_JavaAssigned(TLC_STREAM *stream, TLI_IDENTIFIER *type, TLE_TERM *value)
+{
+    bool is_plain = is_fitting_literal(type, value) && value->type != TLIT_FloatType;
+    return is_plain ? write_value(stream, value) : TLE_JavaValueAs(stream, type, value);
+}
+
 static int32_t write_source(TLC_STREAM *stream, TLE_TERM *term)
 {
     switch (term->extra) {
@@ -777,7 +825,7 @@ static int32_t write_source(TLC_STREAM *stream, TLE_TERM *term)
     case TLO_STORE_ARRAY:
         return TLE_TermCode(stream, term->right, TLE_MODE_EXTENT);
     default:
-        return TLE_JavaValueAs(stream, term->left->type, term->right);
+        return TLE_JavaAssigned(stream, term->left->type, term->right);
     }
 }
 
@@ -991,6 +1039,7 @@ static bool is_statement(const TLE_TERM *term)
 int32_t TLE_JavaStatement(TLC_STREAM *stream, TLE_TERM *term)
 {
     if (term == nullptr || is_statement(term)) return write_value(stream, term);
+    if (term->kind == TLE_ADDRESS) return 1; /* no type says which object it would be */
     std::fputs("toll_drop(", stream->file);
     int32_t written = write_value(stream, term);
     std::fputs(")", stream->file);

@@ -29,6 +29,9 @@ int32_t TLE_JavaStatement(TLC_STREAM *stream, TLE_TERM *term);
  */
 int32_t TLE_JavaValueAs(TLC_STREAM *stream, TLI_IDENTIFIER *wanted, TLE_TERM *term);
 
+/** The same behind "=", where Java itself takes a literal for a value of a narrow type. */
+int32_t TLE_JavaAssigned(TLC_STREAM *stream, TLI_IDENTIFIER *wanted, TLE_TERM *term);
+
 /** Writes the value that a function with this result gives: not cut. */
 int32_t TLE_JavaResult(TLC_STREAM *stream, TLI_IDENTIFIER *wanted, TLE_TERM *term);
 
@@ -42,6 +45,9 @@ void TLE_JavaStoreName(TLC_STREAM *stream, TLE_TERM *place, const char *name);
 
 /** Tells whether a place is a variable by itself, which Java's own operators can change. */
 bool TLE_IsJavaVariable(const TLE_TERM *place);
+
+/** Tells whether the text of a term asks a Vector or Items for its value. */
+bool TLE_IsJavaItem(TLC_STREAM *stream, TLE_TERM *term);
 
 /** Writes what finds the item that a data literal names. */
 void TLE_JavaDataLiteral(TLC_STREAM *stream, TLE_TERM *term);

@@ -40,12 +40,22 @@ static void write_value(TLC_STREAM *stream, TLE_TERM *term)
     TLE_ExpressionCode(stream, term, TLE_MODE_VALUE);
 }
 
-/* The last value that the variable of a loop can take without being cut. */
+/* The values that the variable of a loop can take without being cut. */
 static int64_t highest_value(TLI_IDENTIFIER *type)
 {
     bool is_enumeration = TLIT_TypeSubclass(nullptr, type) == TLIT_SUBCLASS_ENUMERATION;
     if (type == TLIT_CharType || is_enumeration) return UINT8_MAX;
     return type == TLIT_ShortType ? INT16_MAX : INT32_MAX;
+}
+
+static bool takes_start(const TLSL_FOR *loop)
+{
+    TLI_IDENTIFIER *type = loop->variable->type;
+    int64_t highest = highest_value(type);
+    int32_t start = 0;
+    if (highest == INT32_MAX) return true;
+    if (!TLE_Constant(loop->start, &start)) return false;
+    return start <= highest && start >= (type == TLIT_ShortType ? INT16_MIN : 0);
 }
 
 /*
@@ -58,7 +68,7 @@ static bool is_plain(const TLSL_FOR *loop)
     int32_t step = 1;
     if (!TLE_Constant(loop->limit, &limit)) return false;
     if (loop->step != nullptr && !TLE_Constant(loop->step, &step)) return false;
-    if (!TLE_IsJavaVariable(loop->variable)) return false;
+    if (!TLE_IsJavaVariable(loop->variable) || !takes_start(loop)) return false;
     return static_cast<int64_t>(limit) + step <= highest_value(loop->variable->type);
 }
 
@@ -68,7 +78,7 @@ static void write_plain(TLC_STREAM *stream, const TLS_BLOCK *block, const TLSL_F
     std::fprintf(file, "%*sfor (", block->indent, "");
     write_value(stream, loop->variable);
     std::fputs(" = ", file);
-    TLE_JavaValueAs(stream, loop->variable->type, loop->start);
+    TLE_JavaAssigned(stream, loop->variable->type, loop->start);
     std::fputs(" ; ", file);
     write_value(stream, loop->variable);
     std::fputs("<=", file);

@@ -36,11 +36,21 @@ static bool is_enumeration(TLI_IDENTIFIER *type)
     return TLIT_TypeSubclass(nullptr, type) == TLIT_SUBCLASS_ENUMERATION;
 }
 
-/* The last value that the variable of a loop can take without being cut. */
+/* The values that the variable of a loop can take without being cut. */
 static int64_t highest_value(TLI_IDENTIFIER *type)
 {
     if (type == TLIT_CharType || is_enumeration(type)) return UINT8_MAX;
     return type == TLIT_ShortType ? INT16_MAX : INT32_MAX;
+}
+
+static bool takes_start(const TLSL_FOR *loop)
+{
+    TLI_IDENTIFIER *type = loop->variable->type;
+    int64_t highest = highest_value(type);
+    int32_t start = 0;
+    if (highest == INT32_MAX) return true;
+    if (!TLE_Constant(loop->start, &start)) return false;
+    return start <= highest && start >= (type == TLIT_ShortType ? INT16_MIN : 0);
 }
 
 /*
@@ -53,7 +63,7 @@ static bool is_plain(const TLSL_FOR *loop)
     int32_t step = 1;
     if (!TLE_Constant(loop->limit, &limit)) return false;
     if (loop->step != nullptr && !TLE_Constant(loop->step, &step)) return false;
-    if (TLE_NeedsOrder(loop->variable)) return false;
+    if (TLE_NeedsOrder(loop->variable) || !takes_start(loop)) return false;
     return static_cast<int64_t>(limit) + step <= highest_value(loop->variable->type);
 }
 

@@ -4,6 +4,7 @@
  */
 #include "stmt/tlss.h"
 
+#include <cstdint>
 #include <cstdio>
 
 #include "stmt/tls_java.h"
@@ -40,12 +41,18 @@ static bool write_leg_block(TLC_STREAM *stream, const TLS_BLOCK *block, TLS_BLOC
     return true;
 }
 
-/* The selector is an int, which the values of all legs can be held against. */
+/* Java takes no value behind case that the type of the selector has no room for. */
+static bool is_too_narrow(const TLSS_SWITCH *record)
+{
+    if (record->expression->type == TLIT_CharType) return record->highest_case > UINT16_MAX;
+    return record->expression->type == TLIT_ShortType && record->highest_case > INT16_MAX;
+}
+
 static void open_switch(TLC_STREAM *stream, const TLS_BLOCK *block, const TLSS_SWITCH *record)
 {
-    bool is_char = record->expression->type == TLIT_CharType;
-    std::fprintf(stream->file, "%*sswitch(%s", block->indent, "", is_char ? "0 + " : "");
-    bool has_brackets = is_char && TLE_TermOperator(record->expression) != nullptr;
+    bool is_widened = is_too_narrow(record);
+    std::fprintf(stream->file, "%*sswitch(%s", block->indent, "", is_widened ? "0 + " : "");
+    bool has_brackets = is_widened && TLE_TermOperator(record->expression) != nullptr;
     if (has_brackets) std::fputs("(", stream->file);
     TLE_ExpressionCode(stream, record->expression, TLE_MODE_VALUE);
     std::fprintf(stream->file, "%s)\n%*s{\n", has_brackets ? ")" : "", block->indent, "");

@@ -148,10 +148,11 @@ const char *const around = "ENUM LEVEL = LOW HIGH\n"
 
 std::string statement_text(const char *statement)
 {
-    JavaClass made(std::string(around) +
-                   "FUNCTION INT F(CONST INT ARR[], INT a, CHAR c, BOOL b, VOLTAGE u)\n"
-                   "VAR INT i\n    LEVEL v\n    PAIR_REF p\nBEGIN\n    " +
-                   statement + "\nEND\n");
+    JavaClass made(
+        std::string(around) +
+        "FUNCTION INT F(CONST INT ARR[], INT a, CHAR c, BOOL b, VOLTAGE u, FLOAT f, VAR FLOAT fv)\n"
+        "VAR INT i\n    LEVEL v\n    PAIR_REF p\nBEGIN\n    " +
+        statement + "\nEND\n");
     EXPECT_EQ(made.messages, "") << statement;
     const std::string locals = "  int i = 0;\n\n    ";
     const size_t start = made.text.find(locals);
@@ -172,6 +173,14 @@ TEST(JavaText, Statements)
         { "i = ARR[a] + upb(ARR)", "i=ARR.get(a)+(ARR.length() - 1);" },
         { "c = a", "c=(char) (a & 255);" },
         { "SC = c", "SC=c;" },
+        { "SC = 'x'", "SC=120;" },
+        { "SC = 300", "SC=(char) 44;" },
+        { "b = f == fv", "b=(toll_word_of_float(f)==toll_word_of_float(fv.get(0)) ? 1 : 0);" },
+        { "i = round(f)", "i=(int) f;" },
+        { "i = round(fv)", "i=(int) (float) fv.get(0);" },
+        { "i = round(f = fv)", "i=(int) (f=fv.get(0));" },
+        { "i = round(fv = f)", "i=(int) (float) (fv.set(0, f));" },
+        { "b = p < p", "b=(/*ERROR - Order of objects not possible in 'Java' */\np<p ? 1 : 0);" },
         { "v = cast(a, LEVEL)", "v=(a) & 255;" },
         { "LIST[i] = g(a)", "LIST[i]=g(a);" },
         { "LIST[S] = g(a)", "toll_store(g(a), toll_from(LIST, S));" },
@@ -190,6 +199,33 @@ TEST(JavaText, Statements)
     for (const Row &row : rows) {
         EXPECT_EQ(statement_text(row.statement), row.text) << row.statement;
     }
+}
+
+TEST(JavaText, ConstantsAreNumbers)
+{
+    JavaClass made("ENUM LEVEL = LOW HIGH\n"
+                   "CONST LEVEL TOP = HIGH\n"
+                   "      CHAR UNIT = 'A'\n"
+                   "      BOOL ON = TRUE\n"
+                   "      LEVEL BOTH[2] = LOW, HIGH\n");
+    EXPECT_NE(made.text.find("  public static final int TOP = 1;\n"
+                             "  public static final char UNIT = 65;\n"
+                             "  public static final int ON = 1;\n"
+                             "  public static final int BOTH[] = { 0, 1 };\n"),
+              std::string::npos)
+        << made.text;
+}
+
+// Java holds the values of the legs against the type of the selector.
+TEST(JavaText, SelectorHasRoomForEveryLeg)
+{
+    JavaClass made("PRIVATE\nFUNCTION VOID F(SHORT s, CHAR c)\nBEGIN\n"
+                   "    SWITCH s\n    CASE 40000\n        s = 1\n"
+                   "    SWITCH c\n    CASE 200\n        s = 1\n"
+                   "    SWITCH c\n    CASE 70000\n        s = 1\nEND\n");
+    EXPECT_NE(made.text.find("switch(0 + s)\n    {\n    case 40000 :"), std::string::npos);
+    EXPECT_NE(made.text.find("switch(c)\n    {\n    case 200 :"), std::string::npos);
+    EXPECT_NE(made.text.find("switch(0 + c)\n    {\n    case 70000 :"), std::string::npos);
 }
 
 // A variable that something refers to is an array of one, from its declaration on.
@@ -235,6 +271,8 @@ TEST(JavaText, Loops)
                    "    FOR i FROM 1 TO 3\n        n = i\n"
                    "    FOR i FROM n TO 9 BY 2\n        n = i\n"
                    "    FOR c FROM 0 TO 255\n        n = c\n"
+                   "    FOR c FROM 300 TO 9\n        n = c\n"
+                   "    FOR c FROM 1 TO 9\n        n = c\n"
                    "END\n");
     EXPECT_NE(made.text.find("    for (i = 1 ; i<=3 ; i++)\n    {\n        n=i;\n    }\n"
                              "    for (i = n ; i<=9 ; i += 2)\n    {\n        n=i;\n    }\n"
@@ -245,6 +283,10 @@ TEST(JavaText, Loops)
                              "toll_3 = c + toll_2, c=(char) (toll_3 & 255))\n"),
               std::string::npos)
         << made.text;
+    EXPECT_NE(made.text.find("    int toll_6 = 300;\n    for (c=(char) (toll_6 & 255) ; "),
+              std::string::npos)
+        << made.text;
+    EXPECT_NE(made.text.find("    for (c = 1 ; c<=9 ; c++)\n"), std::string::npos) << made.text;
 }
 
 TEST(JavaText, Exceptions)

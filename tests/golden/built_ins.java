@@ -7,7 +7,7 @@ class built_ins extends Diagnostic {
   public static final int RED = 0;
   public static final int GREEN = 1;
   public static final int BLUE = 2;
-  public static final int LAST = BLUE;
+  public static final int LAST = 2;
   public static final int LOWEST = -2147483648;
   public static final int FAR = 40000;
   public static final int LIMIT = 12000;
