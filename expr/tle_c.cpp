@@ -498,26 +498,29 @@ struct PLACE {
     const TLE_TERM *outer; /* operator, null for none */
     bool is_right;
     bool is_unsigned; /* the operator computes with unsigned words */
+    bool is_chained;  /* part of a chain that C works out in order, and so in order itself */
 };
 
-static constexpr PLACE FREE_PLACE = { .outer = nullptr, .is_right = false, .is_unsigned = false };
+static constexpr PLACE FREE_PLACE = {
+    .outer = nullptr, .is_right = false, .is_unsigned = false, .is_chained = false
+};
 
 static bool is_unordered_chain(const TLC_STREAM *stream, const TLE_TERM *term);
 static bool is_split(const TLC_STREAM *stream, const TLE_TERM *assignment);
 
 /* The level at which a term's text binds, which helpers and commas lift to that of a name. */
-static int32_t text_level(const TLC_STREAM *stream, const TLE_TERM *term, bool is_unsigned)
+static int32_t text_level(const TLC_STREAM *stream, const TLE_TERM *term, const PLACE &place)
 {
     if (TLE_TermOperator(term) == nullptr) return TLE_TextLevel(term);
     if (term->kind == TLT_TOKEN_ASSIGN) {
         return is_split(stream, term) ? TLE_LEVEL_OPERAND : TLE_LEVEL_ASSIGNMENT;
     }
-    if (is_unordered_chain(stream, term)) return TLE_LEVEL_OPERAND;
+    if (!place.is_chained && is_unordered_chain(stream, term)) return TLE_LEVEL_OPERAND;
     switch (form_of(term)) {
     case CALL:
         return TLE_LEVEL_OPERAND;
     case WRAP:
-        if (!is_unsigned) return TLE_LEVEL_OPERAND;
+        if (!place.is_unsigned) return TLE_LEVEL_OPERAND;
         return term->left == nullptr ? static_cast<int32_t>(TLE_LEVEL_SUM) : TLE_TextLevel(term);
     default:
         return TLE_TextLevel(term);
@@ -544,7 +547,7 @@ static bool wants_brackets(const TLC_STREAM *stream, const PLACE &place, const T
     FORM form = form_of(place.outer);
     /* Arguments of a function are apart from one another. */
     if (form == CALL || form == COMPARE || form == SIGNED) return false;
-    int32_t level = text_level(stream, term, place.is_unsigned);
+    int32_t level = text_level(stream, term, place);
     int32_t outer = outer_level(place.outer);
     /* The first factor of an unsigned product has an unsigned 1 before it. */
     bool is_signed_factor = form == WRAP && outer == TLE_LEVEL_PRODUCT && level == outer;
@@ -580,7 +583,7 @@ static void open_operator(TLC_STREAM *stream, const TLE_TERM *term, bool is_unsi
     case WRAP:
         if (!is_unsigned) std::fputs("toll_int(", file);
         if (term->left != nullptr && TLE_TermOperator(term->left) != nullptr &&
-            form_of(term->left) == WRAP && !is_unordered_chain(stream, term->left)) {
+            form_of(term->left) == WRAP) {
             break;
         }
         std::fputs(term->kind == TLT_TOKEN_STAR ? "1u*" : "0u", file);
@@ -621,7 +624,9 @@ static int32_t close_operator(TLC_STREAM *stream, TLE_TERM *term, bool is_unsign
     if (is_checked_pointer(term)) std::fputs("))", stream->file);
     std::fputs(TLE_COperator(term), stream->file);
     if (form == SIGNED) std::fputs("(INT) (", stream->file);
-    PLACE place = { .outer = term, .is_right = true, .is_unsigned = form == WRAP };
+    PLACE place = {
+        .outer = term, .is_right = true, .is_unsigned = form == WRAP, .is_chained = false
+    };
     int32_t written = write_bracketed(stream, term->right, place);
     if (form == SIGNED || (form == WRAP && !is_unsigned)) std::fputs(")", stream->file);
     return written;
@@ -631,20 +636,20 @@ static int32_t close_operator(TLC_STREAM *stream, TLE_TERM *term, bool is_unsign
 static int32_t write_nested(TLC_STREAM *stream, const TLE_CHAIN &chain, bool is_unsigned)
 {
     int32_t last = chain.count - 1;
-    PLACE place = { .outer = nullptr, .is_right = false, .is_unsigned = is_unsigned };
+    PLACE place = {
+        .outer = nullptr, .is_right = false, .is_unsigned = is_unsigned, .is_chained = true
+    };
     for (int32_t i = 0; i <= last; ++i) {
         if (wants_brackets(stream, place, chain.terms[i])) std::fputs("(", stream->file);
         open_operator(stream, chain.terms[i], place.is_unsigned);
-        place = { .outer = chain.terms[i],
-                  .is_right = false,
-                  .is_unsigned = form_of(chain.terms[i]) == WRAP };
+        place.outer = chain.terms[i];
+        place.is_unsigned = form_of(chain.terms[i]) == WRAP;
     }
     TLE_TERM *first = chain.terms[last]->left;
     int32_t written = first == nullptr ? 1 : write_bracketed(stream, first, place);
     for (int32_t i = last; i >= 0; --i) {
-        place = { .outer = i == 0 ? nullptr : chain.terms[i - 1],
-                  .is_right = false,
-                  .is_unsigned = i == 0 ? is_unsigned : form_of(chain.terms[i - 1]) == WRAP };
+        place.outer = i == 0 ? nullptr : chain.terms[i - 1];
+        place.is_unsigned = i == 0 ? is_unsigned : form_of(chain.terms[i - 1]) == WRAP;
         written &= close_operator(stream, chain.terms[i], place.is_unsigned);
         if (wants_brackets(stream, place, chain.terms[i])) std::fputs(")", stream->file);
     }

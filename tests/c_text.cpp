@@ -259,6 +259,15 @@ TEST(CText, OrderOfEffects)
     });
 }
 
+TEST(CText, LongSumsBesideCallsStayLinear)
+{
+    std::string sum = "N";
+    for (int i = 0; i < 100000; ++i)
+        sum += i % 50 == 0 ? " + S\\\n" : " + S";
+    CompiledSource compiled(around("  I = min(G(N) + G(N), " + sum + ")\n"));
+    EXPECT_NE(compiled.text("F", TLC_TARGET_C).find("toll_int(0u+N+S+S+"), std::string::npos);
+}
+
 TEST(CText, Arithmetic)
 {
     expect_statements({
