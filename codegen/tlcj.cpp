@@ -132,12 +132,6 @@ static bool is_library_class(const char *name)
     return false;
 }
 
-static bool is_taken(const TLCJ_STATE *state, const char *name)
-{
-    if (std::strcmp(state->class_name, name) == 0) return true;
-    return state->has_modules && HS_FindName(state->taken, name, nullptr);
-}
-
 /* ---- Names ---- */
 
 static bool is_java_character(char c)
@@ -179,16 +173,47 @@ void TLCJ_ClassName(const char *path, char *buffer)
     if (!is_free) std::snprintf(buffer + end, TLCJ_NAME_CAPACITY - end, "_");
 }
 
+static void class_of_module(TLP_MODULE *module, char *buffer)
+{
+    const char *source = TLP_ModuleSourceFile(module);
+    const char *domain = TLI_DomainName(TLP_ModuleDomain(module));
+    TLCJ_ClassName(source != nullptr && source[0] != '\0' ? source : domain, buffer);
+}
+
+/* What a class is noted under that a used module uses in its turn. */
+static const char *use_of(const char *domain, const char *class_name, char *buffer, size_t size)
+{
+    std::snprintf(buffer, size, "%s %s", domain, class_name);
+    return buffer;
+}
+
+/* A module that is used, with what it uses. */
+struct USER_NOTE {
+    HS_DOMAIN *taken;
+    const char *domain;
+};
+
+static int32_t note_use(void *context, const char *, TLP_MODULE *used)
+{
+    const auto *note = static_cast<const USER_NOTE *>(context);
+    char name[TLCJ_NAME_CAPACITY];
+    char both[2 * TLCJ_NAME_CAPACITY];
+    class_of_module(used, name);
+    HS_NewName(note->taken, use_of(note->domain, name, both, sizeof both), 0);
+    return 1;
+}
+
 void TLCJ_UseModule(TLC_STREAM *stream, TLP_MODULE *module)
 {
     TLCJ_STATE *state = TLCJ_State(stream);
     char name[TLCJ_NAME_CAPACITY];
-    const char *source = TLP_ModuleSourceFile(module);
     const char *domain = TLI_DomainName(TLP_ModuleDomain(module));
-    TLCJ_ClassName(source != nullptr && source[0] != '\0' ? source : domain, name);
     if (HS_FindName(state->classes, domain, nullptr)) return;
+    class_of_module(module, name);
     HS_NewName(state->classes, domain, reinterpret_cast<intptr_t>(ST_Allocate(name)));
     HS_NewName(state->taken, name, 0);
+    USER_NOTE note = { .taken = state->taken, .domain = domain };
+    TLP_AllUsesModules(module, note_use, &note);
     state->has_modules = true;
 }
 
@@ -216,6 +241,70 @@ static TLI_IDENTIFIER *outer_function(TLI_IDENTIFIER *identifier)
     return has_frame ? scope->identifier : nullptr;
 }
 
+/* The domain of an identifier that another module declares for all to see; else null. */
+static TLI_DOMAIN *foreign_domain(TLC_STREAM *stream, TLI_IDENTIFIER *identifier)
+{
+    TLI_SCOPE *scope = TLI_IdentifierScope(identifier);
+    if (scope == nullptr || TLI_ScopeType(scope) != TLI_STATIC_SCOPE) return nullptr;
+    TLI_DOMAIN *domain = TLI_IdentifierDomain(identifier);
+    if (domain == nullptr || domain == TLP_ModuleDomain(stream->module)) return nullptr;
+    return TLI_DomainName(domain)[0] != '\0' ? domain : nullptr;
+}
+
+/* Methods and fields cannot stand where a class may. */
+static bool may_hide_classes(TLI_IDENTIFIER *identifier)
+{
+    switch (TLI_IdentifierClass(identifier)) {
+    case TLI_FIELD:
+        return false;
+    case TLI_FUNCTION: {
+        int32_t kind = TLIV_FunctionClass(identifier);
+        return kind != TLP_SECTION_FUNCTION && kind != TLP_SECTION_TREE &&
+               kind != TLP_SECTION_SYSCALL;
+    }
+    default:
+        return true;
+    }
+}
+
+/* Would a name hide a class in the text of the module that declares it? */
+static bool is_taken(TLC_STREAM *stream, TLI_IDENTIFIER *identifier, const char *name)
+{
+    if (!may_hide_classes(identifier)) return false;
+    const TLCJ_STATE *state = TLCJ_State(stream);
+    TLI_DOMAIN *domain = foreign_domain(stream, identifier);
+    if (domain == nullptr) {
+        if (std::strcmp(state->class_name, name) == 0) return true;
+        return state->has_modules && HS_FindName(state->taken, name, nullptr);
+    }
+    char made[TLCJ_NAME_CAPACITY];
+    char both[2 * TLCJ_NAME_CAPACITY];
+    if (std::strcmp(class_of_domain(stream, domain, made), name) == 0) return true;
+    use_of(TLI_DomainName(domain), name, both, sizeof both);
+    return HS_FindName(state->taken, both, nullptr) != 0;
+}
+
+static bool is_used(TLC_STREAM *stream, TLI_IDENTIFIER *identifier, const char *name)
+{
+    bool is_type = TLI_IdentifierClass(identifier) == TLI_TYPE;
+    return is_reserved(name) || (is_type && is_library_class(name)) ||
+           is_taken(stream, identifier, name);
+}
+
+/* A name that only differs from one that is not free by the "_" behind it is not free either. */
+static bool is_free(TLC_STREAM *stream, TLI_IDENTIFIER *identifier, const char *name, size_t length)
+{
+    if (is_used(stream, identifier, name)) return false;
+    if (length < 2 || name[length - 1] != '_') return true;
+    char shorter[TLCJ_NAME_CAPACITY];
+    std::memcpy(shorter, name, length);
+    for (; length > 1 && shorter[length - 1] == '_'; --length) {
+        shorter[length - 1] = '\0';
+        if (is_used(stream, identifier, shorter)) return false;
+    }
+    return true;
+}
+
 const char *TLCJ_OwnName(TLC_STREAM *stream, TLI_IDENTIFIER *identifier, char *buffer)
 {
     const char *name = TLI_IdentifierName(identifier);
@@ -229,21 +318,9 @@ const char *TLCJ_OwnName(TLC_STREAM *stream, TLI_IDENTIFIER *identifier, char *b
         *at++ = '_';
     }
     at = copy_name(at, end, name);
-    bool is_type = TLI_IdentifierClass(identifier) == TLI_TYPE;
-    bool is_free = !is_reserved(buffer) && !is_taken(TLCJ_State(stream), buffer) &&
-                   !(is_type && is_library_class(buffer));
-    if (!is_free) std::memcpy(at, "_", 2);
+    auto length = static_cast<size_t>(at - buffer);
+    if (!is_free(stream, identifier, buffer, length)) std::memcpy(at, "_", 2);
     return buffer;
-}
-
-/* The domain of an identifier that another module declares for all to see; else null. */
-static TLI_DOMAIN *foreign_domain(TLC_STREAM *stream, TLI_IDENTIFIER *identifier)
-{
-    TLI_SCOPE *scope = TLI_IdentifierScope(identifier);
-    if (scope == nullptr || TLI_ScopeType(scope) != TLI_STATIC_SCOPE) return nullptr;
-    TLI_DOMAIN *domain = TLI_IdentifierDomain(identifier);
-    if (domain == nullptr || domain == TLP_ModuleDomain(stream->module)) return nullptr;
-    return TLI_DomainName(domain)[0] != '\0' ? domain : nullptr;
 }
 
 const char *TLCJ_Name(TLC_STREAM *stream, TLI_IDENTIFIER *identifier, char *buffer)

@@ -24,7 +24,8 @@ struct TLCJ_STATE {
     TLCG_SET marked;    /* variables of the function that others write through a reference, and
                            exception handlers that are left early */
     HS_DOMAIN *classes; /* names of the domains of used modules, to the names of their classes */
-    HS_DOMAIN *taken;   /* names of these classes, which no other name may hide */
+    HS_DOMAIN *taken;   /* names of these classes, which no other name may hide; and "DOMAIN class"
+                           for the classes that a used module uses in its turn */
     bool has_modules;   /* there are such */
     char class_name[TLCJ_NAME_CAPACITY];
     const TLI_SCOPE *frame; /* of the function being written; null for none */

@@ -228,6 +228,19 @@ TEST(JavaText, SelectorHasRoomForEveryLeg)
     EXPECT_NE(made.text.find("switch(0 + c)\n    {\n    case 70000 :"), std::string::npos);
 }
 
+TEST(JavaText, NamesThatJavaKeepsStayApart)
+{
+    JavaClass made("PRIVATE\nVAR INT this, this_, Items\n"
+                   "FUNCTION INT out(INT int, INT int_)\nBEGIN\n    RETURN int - int_\nEND\n");
+    EXPECT_NE(made.text.find("  public static int Items_;\n"
+                             "  public static int this__;\n"
+                             "  public static int this_;\n"),
+              std::string::npos)
+        << made.text;
+    EXPECT_NE(made.text.find("\nstatic int out(\n  int int_,\n  int int__\n)"), std::string::npos)
+        << made.text;
+}
+
 // A variable that something refers to is an array of one, from its declaration on.
 TEST(JavaText, ReferredVariables)
 {
