@@ -280,6 +280,41 @@ void check_c(const Program &program, const targets::Job &whole, const std::strin
     compare(program, "C", runs, outcomes, counts);
 }
 
+// What Java cannot express is left out by the "not java" of the programs alone.
+struct JavaJob {
+    Program program;
+    std::vector<stated::Run> runs;
+};
+
+void plan_java(const Program &program, const targets::Job &whole, std::vector<JavaJob> *plans,
+               std::vector<targets::Job> *jobs, Counts *counts)
+{
+    targets::Job job;
+    job.modules = whole.modules;
+    for (const targets::Module &module : job.modules)
+        if (module.java_errors != 0)
+            complain(program, std::to_string(module.java_errors) + " places of " + module.name +
+                                  " that Java cannot express");
+    plans->push_back({ program, choose_runs(program, "java", {}, counts) });
+    for (const stated::Run &run : plans->back().runs)
+        job.runs.push_back(asked(run));
+    jobs->push_back(std::move(job));
+}
+
+void check_java(const std::vector<JavaJob> &plans, const std::vector<targets::Job> &jobs,
+                const std::string &scratch, Counts *counts)
+{
+    std::string problem;
+    const std::vector<targets::Outcomes> outcomes = targets::run_java(jobs, scratch, &problem);
+    if (!problem.empty()) {
+        std::printf("Java: %s", problem.c_str());
+        ++counts->failed;
+    }
+    for (size_t i = 0; i < plans.size(); ++i)
+        compare(plans[i].program, "Java", plans[i].runs,
+                i < outcomes.size() ? outcomes[i] : targets::Outcomes{}, counts);
+}
+
 void check_evaluator(const Program &program, targets::Job *job, Counts *counts)
 {
     for (const stated::Run &run : program.source.runs)
@@ -309,21 +344,28 @@ int check_folder(const char *folder, const std::string &compiler, const std::str
 {
     Counts p_code;
     Counts c;
+    Counts java;
+    std::vector<JavaJob> plans;
+    std::vector<targets::Job> jobs;
     for (const std::filesystem::path &path : all_programs(folder)) {
         const Program program = read_program(path, scratch);
         if (program.source.runs.empty()) continue;
         targets::Job whole;
-        if (!compile_all(program, program.paths, program.folder, targets::P_CODE | targets::C,
-                         &whole)) {
+        if (!compile_all(program, program.paths, program.folder,
+                         targets::P_CODE | targets::C | targets::JAVA, &whole)) {
             ++p_code.failed;
             continue;
         }
         check_evaluator(program, &whole, &p_code);
         check_c(program, whole, compiler, &c);
+        plan_java(program, whole, &plans, &jobs, &java);
     }
+    check_java(plans, jobs, scratch, &java);
     print("P-code", p_code);
     print("C", c);
-    const bool is_good = p_code.failed + c.failed == 0 && p_code.agreed > 0 && c.agreed > 0;
+    print("Java", java);
+    const bool has_failed = p_code.failed + c.failed + java.failed != 0;
+    const bool is_good = !has_failed && p_code.agreed > 0 && c.agreed > 0 && java.agreed > 0;
     return is_good ? 0 : 1;
 }
 

@@ -120,6 +120,10 @@ void generate(TLP_MODULE *parsed, uint32_t outputs, Module *module)
         TLCG_GenerateCCode(parsed, flags, base, 0, "test");
         module->c_errors = TLC_TextErrors(nullptr);
     }
+    if (outputs & JAVA) {
+        TLCG_GenerateJavaCode(parsed, flags, base, 0, "test");
+        module->java_errors = TLC_TextErrors(nullptr);
+    }
     std::filesystem::current_path(before);
 }
 
@@ -197,6 +201,8 @@ constexpr Reason reasons[] = {
     { "index out of bounds", "Subscript beyond the array" },
     { "no leg for the value of a node", "Value without a leg" },
     { "null address", "Null address" },
+    { "null address", "No object" },
+    { "call of what is no function", "No object" },
     { "call of what is no function", "Call of what is no function" },
     { "calls nested too deeply", "by signal" },
     { "runs too long", "by signal" },

@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <sstream>
 
 #include "targets.h"
@@ -151,16 +152,40 @@ std::string program_text(const Job &job)
     return text + table_text(job) + main;
 }
 
-std::string build_command(const Job &job, const Builder &builder)
+// The options of everything that is compiled for a job.
+std::string compiler_of(const Job &job, const Builder &builder)
 {
     const std::string &folder = job.modules.front().folder;
-    const std::string runtime = source_folder() + "/runtime/c";
-    const std::string harness = source_folder() + "/tests/targets";
-    std::string command = builder.command + " -I" + folder + " -I" + runtime + "/include -I" +
-                          harness + " -o " + folder + "/program " + folder + "/program.c";
+    return builder.command + " -I" + folder + " -I" + source_folder() + "/runtime/c/include -I" +
+           source_folder() + "/tests/targets";
+}
+
+// The run time and the harness are compiled once for each folder and compiler.
+std::string support_objects(const Job &job, const Builder &builder, std::string *problem)
+{
+    const std::string &folder = job.modules.front().folder;
+    const std::string key = std::to_string(std::hash<std::string>{}(builder.command));
+    std::string objects;
+    for (const char *source : { "/runtime/c/tollrt.c", "/tests/targets/harness.c" }) {
+        const std::string stem = std::filesystem::path(source).stem().string();
+        const std::string object = folder + "/" + stem + key + ".o";
+        objects += " " + object;
+        if (std::filesystem::exists(object)) continue;
+        *problem += run_command(compiler_of(job, builder) + " -c -o " + object + " " +
+                                    source_folder() + source,
+                                folder);
+    }
+    return objects;
+}
+
+std::string build_command(const Job &job, const Builder &builder, const std::string &objects)
+{
+    const std::string &folder = job.modules.front().folder;
+    std::string command =
+        compiler_of(job, builder) + " -o " + folder + "/program " + folder + "/program.c";
     for (size_t i = 1; i < job.modules.size(); ++i)
         command += " " + folder + "/" + job.modules[i].base + ".c";
-    return command + " " + harness + "/harness.c " + runtime + "/tollrt.c";
+    return command + objects;
 }
 
 Outcomes read_lines(const std::string &path)
@@ -178,7 +203,8 @@ Outcomes run_c(const Job &job, const Builder &builder, std::string *problem)
 {
     const std::string &folder = job.modules.front().folder;
     std::ofstream(folder + "/program.c", std::ios::binary) << program_text(job);
-    *problem += run_command(build_command(job, builder), folder);
+    const std::string objects = support_objects(job, builder, problem);
+    if (problem->empty()) *problem += run_command(build_command(job, builder, objects), folder);
     if (!problem->empty()) return {};
     const std::string said = folder + "/said";
     if (std::system((folder + "/program >" + said + " 2>&1").c_str()) != 0)
