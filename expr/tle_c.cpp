@@ -543,12 +543,18 @@ static int32_t outer_level(const TLE_TERM *outer)
 static bool wants_brackets(const TLC_STREAM *stream, const PLACE &place, const TLE_TERM *term)
 {
     if (place.outer == nullptr) return false;
+    /* Most operands are names. */
+    bool is_operator = TLE_TermOperator(term) != nullptr;
+    if (!is_operator && TLE_TextLevel(term) == TLE_LEVEL_OPERAND) return false;
     if (!place.is_right && is_checked_pointer(place.outer)) return false;
     FORM form = form_of(place.outer);
     /* Arguments of a function are apart from one another. */
     if (form == CALL || form == COMPARE || form == SIGNED) return false;
     int32_t level = text_level(stream, term, place);
     int32_t outer = outer_level(place.outer);
+    /* Compilers take a NOT before a comparison for a slip. */
+    bool is_comparison = outer == TLE_LEVEL_RELATION || outer == TLE_LEVEL_EQUALITY;
+    if (is_comparison && term->kind == TLT_TOKEN_NOT) return true;
     /* The first factor of an unsigned product has an unsigned 1 before it. */
     bool is_signed_factor = form == WRAP && outer == TLE_LEVEL_PRODUCT && level == outer;
     if (is_signed_factor && !place.is_right && form_of(term) != WRAP) return true;
