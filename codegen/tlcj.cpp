@@ -61,6 +61,13 @@ void TLCJ_Mark(TLC_STREAM *stream, const void *what)
     if (TLCG_AddToSet(&state->marked, what)) state->is_stale = true;
 }
 
+void TLCJ_NoteStore(TLC_STREAM *stream, const TLI_IDENTIFIER *variable)
+{
+    for (const TLCJ_LOOP *loop = TLCJ_State(stream)->loops; loop != nullptr; loop = loop->outer) {
+        if (loop->variable == variable) TLCJ_Mark(stream, loop->record);
+    }
+}
+
 bool TLCJ_IsBoxed(TLC_STREAM *stream, TLI_IDENTIFIER *identifier)
 {
     const TLCJ_STATE *state = TLCJ_State(stream);

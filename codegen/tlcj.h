@@ -19,10 +19,19 @@ enum TLCJ_KIND {
     TLCJ_OBJECT /* String, Data, a record, a function, an array of unknown length */
 };
 
+/* A loop in Java's own form, around what is being written. */
+struct TLCJ_LOOP {
+    const void *record;
+    const TLI_IDENTIFIER *variable;
+    TLCJ_LOOP *outer;
+};
+
 /* Of one Java stream. */
 struct TLCJ_STATE {
-    TLCG_SET marked;    /* variables of the function that others write through a reference, and
-                           exception handlers that are left early */
+    TLCG_SET marked;    /* variables of the function that others write through a reference,
+                           exception handlers that are left early, loops with a narrow variable
+                           that their body changes */
+    TLCJ_LOOP *loops;   /* those with a narrow variable, innermost first */
     HS_DOMAIN *classes; /* names of the domains of used modules, to the names of their classes */
     HS_DOMAIN *taken;   /* names of these classes, which no other name may hide; and "DOMAIN class"
                            for the classes that a used module uses in its turn */
@@ -83,6 +92,9 @@ bool TLCJ_IsBoxed(TLC_STREAM *stream, TLI_IDENTIFIER *identifier);
 
 /** Marks a variable or a handler; what was written before without the mark is written anew. */
 void TLCJ_Mark(TLC_STREAM *stream, const void *what);
+
+/** Notes that a variable is written, so that no loop over it that is around goes on in Java's own form. */
+void TLCJ_NoteStore(TLC_STREAM *stream, const TLI_IDENTIFIER *variable);
 
 /** Tells whether the functions inside one use its variables, so that an object has to hold them. */
 bool TLCJ_HasFrame(const TLI_SCOPE *scope);

@@ -748,17 +748,22 @@ static bool is_simple(const TLE_TERM *place)
     return place->kind == TLT_TOKEN_IDENTIFIER && place->left == nullptr;
 }
 
+bool TLE_IsOwnVariable(TLC_STREAM *stream, TLI_IDENTIFIER *identifier)
+{
+    const TLCJ_STATE *state = TLCJ_State(stream);
+    const TLI_SCOPE *frame = identifier == nullptr ? nullptr : frame_of(identifier);
+    return frame != nullptr && frame == state->frame && !state->has_frame &&
+           !TLCJ_IsReference(identifier) && !TLCJ_IsBoxed(stream, identifier);
+}
+
 /* Is it made of literals and of variables that no other function can change? */
 static bool is_own_value(TLC_STREAM *stream, const TLE_TERM *term)
 {
-    const TLCJ_STATE *state = TLCJ_State(stream);
     for (; term != nullptr; term = term->left) {
         if (term->kind == TLT_TOKEN_NUMBER) return true;
         TLI_IDENTIFIER *identifier = term->identifier;
         if (term->kind == TLT_TOKEN_IDENTIFIER) {
-            return term->left == nullptr && identifier != nullptr && !state->has_frame &&
-                   frame_of(identifier) != nullptr && frame_of(identifier) == state->frame &&
-                   !TLCJ_IsReference(identifier) && !TLCJ_IsBoxed(stream, identifier);
+            return term->left == nullptr && TLE_IsOwnVariable(stream, identifier);
         }
         bool is_sum = term->kind == TLT_TOKEN_PLUS || term->kind == TLT_TOKEN_MINUS;
         if (!is_sum || !is_own_value(stream, term->right)) return false;
@@ -855,6 +860,7 @@ static const char *open_store(TLC_STREAM *stream, TLE_TERM *place, int32_t *writ
     TLI_IDENTIFIER *identifier = last->identifier;
     *written = 0;
     if (identifier == nullptr) return "";
+    TLCJ_NoteStore(stream, identifier);
     bool is_element = TLCJ_IsVector(identifier) && last->left != nullptr;
     if (!is_element && !TLCJ_IsReference(identifier)) {
         *written = write_reach(stream, place, REACH_ITEM);

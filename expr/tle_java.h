@@ -43,6 +43,9 @@ int32_t TLE_JavaResult(TLC_STREAM *stream, TLI_IDENTIFIER *wanted, TLE_TERM *ter
  */
 void TLE_JavaStoreName(TLC_STREAM *stream, TLE_TERM *place, const char *name);
 
+/** Tells whether an item is a variable of the function being written, which no other can change. */
+bool TLE_IsOwnVariable(TLC_STREAM *stream, TLI_IDENTIFIER *identifier);
+
 /** Tells whether a place is a variable by itself, which Java's own operators can change. */
 bool TLE_IsJavaVariable(const TLE_TERM *place);
 

@@ -48,12 +48,20 @@ static int64_t highest_value(TLI_IDENTIFIER *type)
     return type == TLIT_ShortType ? INT16_MAX : INT32_MAX;
 }
 
-static bool takes_start(const TLSL_FOR *loop)
+static bool is_narrow(const TLSL_FOR *loop)
+{
+    return highest_value(loop->variable->type) != INT32_MAX;
+}
+
+/* Does a variable never leave the values from the start of the loop to its limit? */
+static bool stays_within(TLC_STREAM *stream, const TLSL_FOR *loop)
 {
     TLI_IDENTIFIER *type = loop->variable->type;
     int64_t highest = highest_value(type);
     int32_t start = 0;
-    if (highest == INT32_MAX) return true;
+    if (!is_narrow(loop)) return true;
+    if (!TLE_IsOwnVariable(stream, loop->variable->identifier)) return false;
+    if (TLCG_IsInSet(TLCJ_State(stream)->marked, loop)) return false;
     if (!TLE_Constant(loop->start, &start)) return false;
     return start <= highest && start >= (type == TLIT_ShortType ? INT16_MIN : 0);
 }
@@ -62,19 +70,20 @@ static bool takes_start(const TLSL_FOR *loop)
  * The limit and the step of a loop are worked out once, and what is held against the limit is not
  * cut to the size of the variable. With literals, Java's own loop does the same.
  */
-static bool is_plain(const TLSL_FOR *loop)
+static bool is_plain(TLC_STREAM *stream, const TLSL_FOR *loop)
 {
     int32_t limit = 0;
     int32_t step = 1;
     if (!TLE_Constant(loop->limit, &limit)) return false;
     if (loop->step != nullptr && !TLE_Constant(loop->step, &step)) return false;
-    if (!TLE_IsJavaVariable(loop->variable) || !takes_start(loop)) return false;
+    if (!TLE_IsJavaVariable(loop->variable) || !stays_within(stream, loop)) return false;
     return static_cast<int64_t>(limit) + step <= highest_value(loop->variable->type);
 }
 
 static void write_plain(TLC_STREAM *stream, const TLS_BLOCK *block, const TLSL_FOR *loop)
 {
     FILE *file = stream->file;
+    TLCJ_NoteStore(stream, loop->variable->identifier);
     std::fprintf(file, "%*sfor (", block->indent, "");
     write_value(stream, loop->variable);
     std::fputs(" = ", file);
@@ -126,14 +135,30 @@ static void write_full(TLC_STREAM *stream, const TLS_BLOCK *block, const TLSL_FO
     std::fputs(")\n", file);
 }
 
+/* A body that changes the variable comes up here, and the loop is then written anew. */
+static void write_watched_body(TLC_STREAM *stream, const TLSL_FOR *loop)
+{
+    TLCJ_STATE *state = TLCJ_State(stream);
+    TLCJ_LOOP watched = { .record = loop,
+                          .variable = loop->variable->identifier,
+                          .outer = state->loops };
+    state->loops = &watched;
+    write_body(stream, loop->body);
+    state->loops = watched.outer;
+}
+
 void TLSL_ForJavaText(TLS_BLOCK *block, TLC_STREAM *stream, TLS_STATEMENT *record)
 {
     const auto *loop = reinterpret_cast<TLSL_FOR *>(record);
     if (!TLS_IsOpen(stream) || !TLSL_ForIsGenerable(loop)) return;
-    if (is_plain(loop)) {
-        write_plain(stream, block, loop);
-    } else {
+    if (!is_plain(stream, loop)) {
         write_full(stream, block, loop);
+        write_body(stream, loop->body);
+    } else if (is_narrow(loop)) {
+        write_plain(stream, block, loop);
+        write_watched_body(stream, loop);
+    } else {
+        write_plain(stream, block, loop);
+        write_body(stream, loop->body);
     }
-    write_body(stream, loop->body);
 }

@@ -286,6 +286,7 @@ TEST(JavaText, Loops)
                    "    FOR c FROM 0 TO 255\n        n = c\n"
                    "    FOR c FROM 300 TO 9\n        n = c\n"
                    "    FOR c FROM 1 TO 9\n        n = c\n"
+                   "    FOR c FROM 2 TO 9\n        IF n > 3\n            c = 255\n"
                    "END\n");
     EXPECT_NE(made.text.find("    for (i = 1 ; i<=3 ; i++)\n    {\n        n=i;\n    }\n"
                              "    for (i = n ; i<=9 ; i += 2)\n    {\n        n=i;\n    }\n"
@@ -300,6 +301,9 @@ TEST(JavaText, Loops)
               std::string::npos)
         << made.text;
     EXPECT_NE(made.text.find("    for (c = 1 ; c<=9 ; c++)\n"), std::string::npos) << made.text;
+    EXPECT_NE(made.text.find("    int toll_9 = 2;\n    for (c=(char) (toll_9 & 255) ; "),
+              std::string::npos)
+        << made.text;
 }
 
 TEST(JavaText, Exceptions)
