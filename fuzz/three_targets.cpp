@@ -56,7 +56,8 @@ struct Trial {
     std::string problem; // it did not come to runs
     bool is_compiled = false;
     std::vector<std::string> expected;
-    std::vector<std::string> got;
+    std::vector<std::string> in_c;
+    std::vector<std::string> in_java;
 };
 
 targets::Job job_of(const std::vector<const Program *> &programs)
@@ -85,7 +86,11 @@ Trial try_programs(const Worker &worker, const std::vector<const Program *> &pro
     trial.is_compiled = true;
     trial.expected = targets::run_evaluator(job, &trial.problem);
     if (!trial.problem.empty()) return trial;
-    trial.got = targets::run_c(job, worker.builder, &trial.problem);
+    if (worker.options->outputs & targets::C)
+        trial.in_c = targets::run_c(job, worker.builder, &trial.problem);
+    if (!trial.problem.empty() || !(worker.options->outputs & targets::JAVA)) return trial;
+    for (targets::Outcomes &outcomes : targets::run_java({ job }, worker.folder, &trial.problem))
+        trial.in_java = std::move(outcomes);
     return trial;
 }
 
@@ -96,14 +101,22 @@ bool is_too_long(const std::string &outcome)
     return outcome.compare(0, sizeof too_long - 1, too_long) == 0;
 }
 
+std::string difference_of(const Trial &trial, size_t run, const char *target,
+                          const std::vector<std::string> &got)
+{
+    if (run >= got.size() || targets::are_same(trial.expected[run], got[run])) return "";
+    return "P-code: " + trial.expected[run] + "\n" + target + ": " + got[run] + "\n";
+}
+
 // What is wrong with the runs from first on; empty if they agree.
 std::string difference(const Trial &trial, size_t first, size_t count)
 {
     if (!trial.problem.empty()) return trial.problem;
     for (size_t i = first; i < first + count; ++i) {
         if (is_too_long(trial.expected[i])) continue;
-        if (!targets::are_same(trial.expected[i], trial.got[i]))
-            return "P-code: " + trial.expected[i] + "\nC:      " + trial.got[i] + "\n";
+        const std::string text = difference_of(trial, i, "C", trial.in_c) +
+                                 difference_of(trial, i, "Java", trial.in_java);
+        if (!text.empty()) return text;
     }
     return "";
 }
@@ -141,6 +154,7 @@ void report(Worker *worker, uint32_t number, const Program &program, const std::
                  static_cast<unsigned long long>(worker->options->seed), kind.c_str(),
                  worker->builder.command.c_str());
     std::fprintf(stdout, "%s", text.c_str());
+    std::fflush(stdout);
     if (worker->cut_down++ < most_cut_down) {
         const Program small = cut_down(*worker, program, kind);
         const Trial trial = try_programs(*worker, { &small });
@@ -189,6 +203,13 @@ void check_batch(Worker *worker, uint32_t first, const std::vector<Program> &pro
     }
 }
 
+// What C cannot express is for the others alone.
+random_program::Features features_of(const Options &options)
+{
+    const bool has_c = (options.outputs & targets::C) != 0;
+    return { !has_c, !has_c };
+}
+
 void work(Worker *worker, uint32_t index)
 {
     const Options &options = *worker->options;
@@ -197,7 +218,7 @@ void work(Worker *worker, uint32_t index)
         std::vector<Program> programs;
         const uint32_t first = options.first + batch * batch_size;
         for (uint32_t i = 0; i < batch_size && batch * batch_size + i < options.count; ++i)
-            programs.push_back(random_program::make(options.seed, first + i, {}));
+            programs.push_back(random_program::make(options.seed, first + i, features_of(options)));
         check_batch(worker, first, programs);
     }
 }
@@ -260,7 +281,8 @@ int check_all(const Options &options)
 int print_programs(const Options &options)
 {
     for (uint32_t i = 0; i < options.count; ++i) {
-        const Program program = random_program::make(options.seed, options.first + i, {});
+        const Program program =
+            random_program::make(options.seed, options.first + i, features_of(options));
         std::fputs(random_program::module_text({ &program }).c_str(), stdout);
     }
     return 0;
@@ -271,6 +293,15 @@ bool read_number(const char *text, uint64_t *number)
     char *end = nullptr;
     *number = std::strtoull(text, &end, 0);
     return end != text && *end == 0;
+}
+
+// Text targets of a list; 0 if it is none.
+uint32_t outputs_of(const std::string &list)
+{
+    if (list == "c") return targets::P_CODE | targets::C;
+    if (list == "java") return targets::P_CODE | targets::JAVA;
+    if (list == "c,java") return targets::P_CODE | targets::C | targets::JAVA;
+    return 0;
 }
 
 bool read_options(int count, char **words, Options *options)
@@ -284,7 +315,8 @@ bool read_options(int count, char **words, Options *options)
         }
         if (++i >= count) return false;
         if (word == "--targets") {
-            if (std::string(words[i]) != "c") return false;
+            options->outputs = outputs_of(words[i]);
+            if (options->outputs == 0) return false;
             continue;
         }
         if (!read_number(words[i], &number)) return false;
@@ -309,7 +341,7 @@ int main(int count, char **words)
     Options options;
     if (!read_options(count, words, &options)) {
         std::fprintf(stderr,
-                     "usage: three_targets [--seed N] [--count N] [--first N] [--targets c] "
+                     "usage: three_targets [--seed N] [--count N] [--first N] [--targets c,java] "
                      "[--jobs N] [--print]\n");
         return 2;
     }
