@@ -18,6 +18,7 @@ enum { RESULT_NO_C_FILE = 1 };
 enum { QUALIFIER_PRIVATE = 0 };
 
 enum { PATH_SIZE = 120 };
+enum { BUFFER_SIZE = 65536 }; /* of a text on its way to the file */
 
 /* One run. */
 struct C_OUTPUT {
@@ -32,7 +33,9 @@ static FILE *open_file(const C_OUTPUT &output, const char *extension)
 {
     char path[PATH_SIZE + 4];
     std::snprintf(path, sizeof path, "%s%s", output.base, extension);
-    return std::fopen(path, "w");
+    FILE *file = std::fopen(path, "w");
+    if (file != nullptr) std::setvbuf(file, nullptr, _IOFBF, BUFFER_SIZE);
+    return file;
 }
 
 /* What did not reach the file counts as a file that could not be opened. */
