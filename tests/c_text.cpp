@@ -197,6 +197,10 @@ TEST(CText, Loops)
           "  INT toll_1;\n  INT toll_2;\n  INT toll_3;\n"
           "  for (toll_1=255,toll_2=1,toll_3=0,C=toll_3;\n       toll_3<=toll_1;\n"
           "       toll_3=toll_int(0u+C+toll_2),C=toll_3)\n  {\n    S=C;\n  }\n" },
+        { "  FOR C FROM 300 TO 9\n    S = C\n",
+          "  INT toll_1;\n  INT toll_2;\n  INT toll_3;\n"
+          "  for (toll_1=9,toll_2=1,toll_3=300,C=toll_3;\n       toll_3<=toll_1;\n"
+          "       toll_3=toll_int(0u+C+toll_2),C=toll_3)\n  {\n    S=C;\n  }\n" },
         { "  FOR I FROM 1 TO N\n    S = I\n",
           "  INT toll_1;\n  INT toll_2;\n  INT toll_3;\n"
           "  for (toll_1=N,toll_2=1,toll_3=1,I=toll_3;\n       toll_3<=toll_1;\n"

@@ -223,7 +223,7 @@ TEST(ExpressionText, C)
         { "Q = X == 1 AND (I < 2 OR Q)", "Q=X==1 && (I<2 || Q);" },
         { "Q = Q AND Q OR Q", "Q=(Q && Q) || Q;" },
         { "Q = NOT (Q AND Q)", "Q=!(Q && Q);" },
-        { "X = R:RIGHT + P->LEFT", "X=toll_int(0u+R.RIGHT+P->LEFT);" },
+        { "X = R:RIGHT + P->LEFT", "X=toll_int(0u+R.RIGHT+((PAIR_AT) toll_pointer(P))->LEFT);" },
         { "X = A[I] = 3", "X=A[I]=3;" },
         { "K = GREEN", "K=M_GREEN;" },
         { "X = 0x80000000", "X=(-2147483647-1);" },

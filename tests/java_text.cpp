@@ -359,20 +359,6 @@ TEST(JavaText, Trees)
                            "}\n\n}\n");
 }
 
-TEST(JavaText, FunctionsInsideOthersReachTheirVariables)
-{
-    JavaClass made("PRIVATE\nFUNCTION INT F(INT n)\nVAR INT list[2]\n"
-                   "FUNCTION INT inner(INT k)\nBEGIN\n    list[k] = n\n    RETURN k\nEND\n"
-                   "BEGIN\n    RETURN inner(1)\nEND\n");
-    if (made.messages.empty()) {
-        EXPECT_NE(made.text.find("    toll_top_F.list[k]=toll_top_F.n;\n"), std::string::npos)
-            << made.text;
-        EXPECT_NE(made.text.find("    return F_inner(1);\n  }\n  finally {\n"
-                                 "    toll_top_F = toll_outer;\n  }\n}\n"),
-                  std::string::npos);
-    }
-}
-
 TEST(JavaText, WhatCannotBeExpressedIsCounted)
 {
     JavaClass made("PRIVATE\nVAR WORD W\n    STRING S\n"
