@@ -588,6 +588,8 @@ static int32_t write_at(TLC_STREAM *stream, TLE_TERM *term, const PLACE &place)
     }
     TLE_CHAIN chain;
     TLE_OpenChain(&chain, term);
+    /* An assignment at the far end is an operand: it is more than its sign between two texts. */
+    if (chain.terms[chain.count - 1]->kind == TLT_TOKEN_ASSIGN) --chain.count;
     int32_t written = write_chain(stream, chain, place);
     TLE_CloseChain(&chain);
     return written;
