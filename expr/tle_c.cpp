@@ -130,10 +130,11 @@ static uint32_t scan_argument(const TLC_STREAM *stream, TLI_IDENTIFIER *formal,
 
 static uint32_t scan_call(const TLC_STREAM *stream, const TLE_TERM *term)
 {
-    SEQUENCE sequence = { .flags = CALLS, .pending = 0 };
+    bool is_built_in = term->kind == TLE_BUILT_IN;
+    SEQUENCE sequence = { .flags = is_built_in ? 0u : static_cast<uint32_t>(CALLS), .pending = 0 };
     int32_t index = 0;
     for (const TLE_TERM *link = term->left; link != nullptr; link = link->right, ++index) {
-        bool is_function = term->identifier != nullptr && term->kind != TLE_BUILT_IN;
+        bool is_function = term->identifier != nullptr && !is_built_in;
         TLI_IDENTIFIER *formal =
             is_function ? TLIV_GetFunctionArgument(term->identifier, index) : nullptr;
         add_value(&sequence, scan_argument(stream, formal, link->left));
@@ -141,7 +142,7 @@ static uint32_t scan_call(const TLC_STREAM *stream, const TLE_TERM *term)
         bool is_open = formal == nullptr && is_function;
         if (is_by_reference(formal) || is_open) sequence.flags |= WRITES;
     }
-    return term->kind == TLE_BUILT_IN ? sequence.flags & ~CALLS : sequence.flags;
+    return sequence.flags;
 }
 
 /* Items of one byte, of which a store keeps less than the value that it gives on. */
