@@ -532,6 +532,22 @@ static int32_t close_method(TLC_STREAM *stream, TLE_TERM *term)
     return written;
 }
 
+static bool is_sum(const TLE_TERM *term)
+{
+    return term->kind == TLT_TOKEN_PLUS || term->kind == TLT_TOKEN_MINUS;
+}
+
+/* A product that begins with the sign before it: the two in a row would be one of Java's own. */
+static bool repeats_sign(const TLE_TERM *outer)
+{
+    const TLE_TERM *term = outer->right;
+    if (TLE_TextLevel(term) != TLE_LEVEL_PRODUCT) return false;
+    while (TLE_TextLevel(term) == TLE_LEVEL_PRODUCT && term->left != nullptr)
+        term = term->left;
+    if (TLE_IsNegativeLiteral(term)) return outer->kind == TLT_TOKEN_MINUS;
+    return term->left == nullptr && term->kind == outer->kind;
+}
+
 /* What stands behind the left operand. */
 static int32_t close_operator(TLC_STREAM *stream, TLE_TERM *term)
 {
@@ -540,6 +556,7 @@ static int32_t close_operator(TLC_STREAM *stream, TLE_TERM *term)
         return close_method(stream, term);
     }
     std::fputs(TLE_JavaOperatorText(term), stream->file);
+    if (is_sum(term) && repeats_sign(term)) std::fputs(" ", stream->file);
     if (is_selection(term)) return write_reach(stream, term->right, REACH_ITEM);
     return write_operand(stream, term, term->right);
 }
