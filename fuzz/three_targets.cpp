@@ -35,8 +35,8 @@ constexpr int most_trials = 300; // of one of them
 constexpr const char *builders[] = {
     "gcc -std=c11 -Wall -Wextra -Werror -O2",
     "clang -std=c11 -Wall -Wextra -Werror -O1 -fsanitize=undefined -fsanitize-trap=undefined",
-    "gcc -std=c11 -Wall -Wextra -Werror -O0 -fsanitize=undefined "
-    "-fsanitize-undefined-trap-on-error",
+    ("gcc -std=c11 -Wall -Wextra -Werror -O0 -fsanitize=undefined "
+     "-fsanitize-undefined-trap-on-error"),
     "clang -std=c11 -Wall -Wextra -Werror -O2",
 };
 
