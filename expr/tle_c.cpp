@@ -495,14 +495,14 @@ static const char *function_of(const TLE_TERM *term)
 }
 
 /* Where an operand stands. */
-struct PLACE {
+struct C_PLACE {
     const TLE_TERM *outer; /* operator, null for none */
     bool is_right;
     bool is_unsigned; /* the operator computes with unsigned words */
     bool is_chained;  /* part of a chain that C works out in order, and so in order itself */
 };
 
-static constexpr PLACE FREE_PLACE = {
+static constexpr C_PLACE FREE_PLACE = {
     .outer = nullptr, .is_right = false, .is_unsigned = false, .is_chained = false
 };
 
@@ -510,7 +510,7 @@ static bool is_unordered_chain(const TLC_STREAM *stream, const TLE_TERM *term);
 static bool is_split(const TLC_STREAM *stream, const TLE_TERM *assignment);
 
 /* The level at which a term's text binds, which helpers and commas lift to that of a name. */
-static int32_t text_level(const TLC_STREAM *stream, const TLE_TERM *term, const PLACE &place)
+static int32_t text_level(const TLC_STREAM *stream, const TLE_TERM *term, const C_PLACE &place)
 {
     if (TLE_TermOperator(term) == nullptr) return TLE_TextLevel(term);
     if (term->kind == TLT_TOKEN_ASSIGN) {
@@ -541,7 +541,7 @@ static int32_t outer_level(const TLE_TERM *outer)
     return is_wrap_sign ? static_cast<int32_t>(TLE_LEVEL_SUM) : TLE_TextLevel(outer);
 }
 
-static bool wants_brackets(const TLC_STREAM *stream, const PLACE &place, const TLE_TERM *term)
+static bool wants_brackets(const TLC_STREAM *stream, const C_PLACE &place, const TLE_TERM *term)
 {
     if (place.outer == nullptr) return false;
     /* Most operands are names. */
@@ -564,9 +564,9 @@ static bool wants_brackets(const TLC_STREAM *stream, const PLACE &place, const T
 
 /* ---- Operands ---- */
 
-static int32_t write_term(TLC_STREAM *stream, TLE_TERM *term, const PLACE &place);
+static int32_t write_term(TLC_STREAM *stream, TLE_TERM *term, const C_PLACE &place);
 
-static int32_t write_bracketed(TLC_STREAM *stream, TLE_TERM *term, const PLACE &place)
+static int32_t write_bracketed(TLC_STREAM *stream, TLE_TERM *term, const C_PLACE &place)
 {
     if (term == nullptr) return TLE_TermCode(stream, nullptr, TLE_MODE_VALUE);
     bool has_brackets = wants_brackets(stream, place, term);
@@ -631,7 +631,7 @@ static int32_t close_operator(TLC_STREAM *stream, TLE_TERM *term, bool is_unsign
     if (is_checked_pointer(term)) std::fputs("))", stream->file);
     std::fputs(TLE_COperator(term), stream->file);
     if (form == SIGNED) std::fputs("(INT) (", stream->file);
-    PLACE place = {
+    C_PLACE place = {
         .outer = term, .is_right = true, .is_unsigned = form == WRAP, .is_chained = false
     };
     int32_t written = write_bracketed(stream, term->right, place);
@@ -643,7 +643,7 @@ static int32_t close_operator(TLC_STREAM *stream, TLE_TERM *term, bool is_unsign
 static int32_t write_nested(TLC_STREAM *stream, const TLE_CHAIN &chain, bool is_unsigned)
 {
     int32_t last = chain.count - 1;
-    PLACE place = {
+    C_PLACE place = {
         .outer = nullptr, .is_right = false, .is_unsigned = is_unsigned, .is_chained = true
     };
     for (int32_t i = 0; i <= last; ++i) {
@@ -874,7 +874,7 @@ static int32_t write_assignment(TLC_STREAM *stream, TLE_TERM *term)
 
 /* ---- Terms ---- */
 
-static int32_t write_term(TLC_STREAM *stream, TLE_TERM *term, const PLACE &place)
+static int32_t write_term(TLC_STREAM *stream, TLE_TERM *term, const C_PLACE &place)
 {
     if (TLE_TermOperator(term) == nullptr || term->kind == TLT_TOKEN_ASSIGN) {
         return TLE_TermCode(stream, term, TLE_MODE_VALUE);

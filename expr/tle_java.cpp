@@ -237,15 +237,17 @@ static int32_t write_identifier(TLC_STREAM *stream, TLE_TERM *term)
     return write_subscript(stream, term);
 }
 
-struct PLACE {
+struct JAVA_PLACE {
     const TLE_TERM *outer; /* operator that the text stands beside; null for none */
     bool is_right;
     bool is_condition; /* a boolean is wanted */
 };
 
-static constexpr PLACE FREE_PLACE = { .outer = nullptr, .is_right = false, .is_condition = false };
+static constexpr JAVA_PLACE FREE_PLACE = { .outer = nullptr,
+                                           .is_right = false,
+                                           .is_condition = false };
 
-static int32_t write_at(TLC_STREAM *stream, TLE_TERM *term, const PLACE &place);
+static int32_t write_at(TLC_STREAM *stream, TLE_TERM *term, const JAVA_PLACE &place);
 
 /* Writes the way to a place. Selections stand in one another at the right as deep as brackets do. */
 static int32_t write_reach(TLC_STREAM *stream, TLE_TERM *term, REACH reach)
@@ -257,7 +259,7 @@ static int32_t write_reach(TLC_STREAM *stream, TLE_TERM *term, REACH reach)
         return reach == REACH_ITEM ? write_subscript(stream, term) : 1;
     }
     if (term->left == nullptr || term->right == nullptr) return 0;
-    PLACE place = { .outer = term, .is_right = false, .is_condition = false };
+    JAVA_PLACE place = { .outer = term, .is_right = false, .is_condition = false };
     int32_t written = write_at(stream, term->left, place);
     if (reach == REACH_RECORD && !is_selection(term->right)) return written;
     std::fputs(".", stream->file);
@@ -452,7 +454,7 @@ struct SHAPE {
     bool is_bits;      /* a float becomes the word that it is in P-code */
 };
 
-static SHAPE shape_of(TLC_STREAM *stream, TLE_TERM *term, const PLACE &place)
+static SHAPE shape_of(TLC_STREAM *stream, TLE_TERM *term, const JAVA_PLACE &place)
 {
     SHAPE shape = {};
     bool gives_truth = is_truth(term);
@@ -503,7 +505,7 @@ static void open_operator(TLC_STREAM *stream, const TLE_TERM *term)
     if (method != nullptr) std::fprintf(stream->file, "%s(", method);
 }
 
-static PLACE operand_place(const TLE_TERM *outer, bool is_right)
+static JAVA_PLACE operand_place(const TLE_TERM *outer, bool is_right)
 {
     return { .outer = outer, .is_right = is_right, .is_condition = wants_truth(outer) };
 }
@@ -561,13 +563,13 @@ static int32_t close_operator(TLC_STREAM *stream, TLE_TERM *term)
     return write_operand(stream, term, term->right);
 }
 
-static PLACE place_in_chain(const TLE_CHAIN &chain, int32_t at, const PLACE &place)
+static JAVA_PLACE place_in_chain(const TLE_CHAIN &chain, int32_t at, const JAVA_PLACE &place)
 {
     return at == 0 ? place : operand_place(chain.terms[at - 1], false);
 }
 
 /* The far end of the chain comes first; each operator then goes on behind its left operand. */
-static int32_t write_chain(TLC_STREAM *stream, const TLE_CHAIN &chain, const PLACE &place)
+static int32_t write_chain(TLC_STREAM *stream, const TLE_CHAIN &chain, const JAVA_PLACE &place)
 {
     int32_t last = chain.count - 1;
     for (int32_t i = 0; i <= last; ++i) {
@@ -585,7 +587,7 @@ static int32_t write_chain(TLC_STREAM *stream, const TLE_CHAIN &chain, const PLA
 
 static int32_t write_assignment(TLC_STREAM *stream, TLE_TERM *term);
 
-static int32_t write_operand_term(TLC_STREAM *stream, TLE_TERM *term, const PLACE &place)
+static int32_t write_operand_term(TLC_STREAM *stream, TLE_TERM *term, const JAVA_PLACE &place)
 {
     SHAPE shape = shape_of(stream, term, place);
     open_shape(stream, shape);
@@ -595,7 +597,7 @@ static int32_t write_operand_term(TLC_STREAM *stream, TLE_TERM *term, const PLAC
     return written;
 }
 
-static int32_t write_at(TLC_STREAM *stream, TLE_TERM *term, const PLACE &place)
+static int32_t write_at(TLC_STREAM *stream, TLE_TERM *term, const JAVA_PLACE &place)
 {
     if (term == nullptr) return write_value(stream, nullptr);
     bool is_complete = term->kind != TLT_TOKEN_ASSIGN || (term->left && term->right);
@@ -620,7 +622,7 @@ int32_t TLE_JavaOperator(TLC_STREAM *stream, TLE_TERM *term, int32_t mode)
 
 int32_t TLE_JavaCondition(TLC_STREAM *stream, TLE_TERM *term)
 {
-    PLACE place = { .outer = nullptr, .is_right = false, .is_condition = true };
+    JAVA_PLACE place = { .outer = nullptr, .is_right = false, .is_condition = true };
     return write_at(stream, term, place);
 }
 

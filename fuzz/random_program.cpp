@@ -825,10 +825,18 @@ Statement make_switch(Maker *maker)
     return statement;
 }
 
+/** What a function or a leaf gives: NULL by itself is no STRING there. */
+Expression make_result(Maker *maker, Type type, int depth)
+{
+    Expression result = make_expression(maker, type, depth);
+    if (result.text == "NULL") result.text = "\"abc\"";
+    return result;
+}
+
 Statement make_return(Maker *maker)
 {
     if (maker->result == Type::NOTHING) return line("RETURN", {});
-    return line("RETURN %0", { make_expression(maker, maker->result, 3) });
+    return line("RETURN %0", { make_result(maker, maker->result, 3) });
 }
 
 Statement make_guard(Maker *maker)
@@ -1078,10 +1086,8 @@ void add_tree(Maker *maker, const std::string &name, Type result)
         }
     }
     for (uint32_t i = 0; i < leaves; ++i)
-        graph.legs.push_back({ "LEAF w" + std::to_string(i) + " %0",
-                               { make_expression(maker, result, 2) },
-                               {},
-                               false });
+        graph.legs.push_back(
+            { "LEAF w" + std::to_string(i) + " %0", { make_result(maker, result, 2) }, {}, false });
     graph.is_fixed = true;
     tree.body.push_back(std::move(graph));
     maker->program.functions.push_back(std::move(tree));
