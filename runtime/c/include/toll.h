@@ -48,9 +48,11 @@
 #pragma GCC diagnostic ignored "-Wtautological-compare"
 #if defined(__clang__)
 #pragma GCC diagnostic ignored "-Wself-assign"
+#pragma GCC diagnostic ignored "-Wconstant-conversion"
 #pragma GCC diagnostic ignored "-Winfinite-recursion"
 #pragma GCC diagnostic ignored "-Wincompatible-library-redeclaration"
 #else
+#pragma GCC diagnostic ignored "-Woverflow"
 #pragma GCC diagnostic ignored "-Wbuiltin-declaration-mismatch"
 #if __GNUC__ >= 12
 #pragma GCC diagnostic ignored "-Winfinite-recursion"
