@@ -295,34 +295,9 @@ static bool has_body_elsewhere(TLI_IDENTIFIER *function)
            TLIV_FunctionClass(function) == TLP_SECTION_TREE;
 }
 
-/* ---- Names of a scope, oldest first ---- */
-
-struct NAME_LIST {
-    TLI_IDENTIFIER **names;
-    size_t count;
-    size_t size; /* bytes that names has room for */
-};
-
-static int32_t add_name(void *context, const char *, TLI_IDENTIFIER *identifier)
-{
-    auto *list = static_cast<NAME_LIST *>(context);
-    size_t used = list->count * sizeof(TLI_IDENTIFIER *);
-    list->names = static_cast<TLI_IDENTIFIER **>(
-        SH_Grow(list->names, used, &list->size, used + sizeof(TLI_IDENTIFIER *)));
-    list->names[list->count++] = identifier;
-    return 1;
-}
-
-static NAME_LIST list_scope(TLI_SCOPE *scope)
-{
-    NAME_LIST list = {};
-    if (scope != nullptr) TLI_AllIdentifiers(scope, add_name, &list);
-    return list;
-}
-
 void TLCC_WriteExternals(TLC_STREAM *stream, TLI_SCOPE *scope)
 {
-    NAME_LIST list = list_scope(scope);
+    TLI_LIST list = TLI_ListIdentifiers(scope);
     for (size_t at = list.count; at > 0; --at) {
         TLI_IDENTIFIER *identifier = list.names[at - 1];
         if (TLI_IdentifierClass(identifier) != TLI_FUNCTION) continue;
@@ -433,14 +408,14 @@ static void write_record_in_order(RECORD_ORDER *order, TLI_IDENTIFIER *type, int
 
 using WRITER = void (*)(TLC_STREAM *stream, TLI_IDENTIFIER *type);
 
-static void write_kind(TLC_STREAM *stream, const NAME_LIST &list, int32_t subclass, WRITER write)
+static void write_kind(TLC_STREAM *stream, const TLI_LIST &list, int32_t subclass, WRITER write)
 {
     for (size_t at = list.count; at > 0; --at) {
         if (subclass_of(list.names[at - 1]) == subclass) write(stream, list.names[at - 1]);
     }
 }
 
-static void write_scope_types(TLC_STREAM *stream, TLI_SCOPE *scope, const NAME_LIST &list)
+static void write_scope_types(TLC_STREAM *stream, TLI_SCOPE *scope, const TLI_LIST &list)
 {
     write_kind(stream, list, TLIT_SUBCLASS_ENUMERATION, TLCC_WriteIdentifier);
     write_kind(stream, list, TLIT_SUBCLASS_RECORD, write_forward);
@@ -600,7 +575,7 @@ void TLCC_WriteIdentifier(TLC_STREAM *stream, TLI_IDENTIFIER *identifier)
 
 void TLCC_WriteScopeIdentifiers(TLC_STREAM *stream, TLI_SCOPE *scope)
 {
-    NAME_LIST list = list_scope(scope);
+    TLI_LIST list = TLI_ListIdentifiers(scope);
     write_scope_types(stream, scope, list);
     /* A table may lead to one that was declared before it. */
     for (size_t at = list.count; at > 0; --at) {

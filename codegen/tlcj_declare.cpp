@@ -17,31 +17,6 @@
 #include <ostrum/tlp.h>
 #include <ostrum/tlt.h>
 
-/* ---- Names of a scope, newest first ---- */
-
-struct NAME_LIST {
-    TLI_IDENTIFIER **names;
-    size_t count;
-    size_t size; /* bytes that names has room for */
-};
-
-static int32_t add_name(void *context, const char *, TLI_IDENTIFIER *identifier)
-{
-    auto *list = static_cast<NAME_LIST *>(context);
-    size_t used = list->count * sizeof(TLI_IDENTIFIER *);
-    list->names = static_cast<TLI_IDENTIFIER **>(
-        SH_Grow(list->names, used, &list->size, used + sizeof(TLI_IDENTIFIER *)));
-    list->names[list->count++] = identifier;
-    return 1;
-}
-
-static NAME_LIST list_scope(TLI_SCOPE *scope)
-{
-    NAME_LIST list = {};
-    if (scope != nullptr) TLI_AllIdentifiers(scope, add_name, &list);
-    return list;
-}
-
 static bool is_frame(const TLI_SCOPE *scope)
 {
     return scope != nullptr && TLI_ScopeType(scope) == TLI_FRAME_SCOPE;
@@ -336,7 +311,7 @@ static void write_function_type(TLC_STREAM *stream, TLI_IDENTIFIER *type)
     std::fputs(");\n  }\n", stream->file);
 }
 
-static void write_classes(TLC_STREAM *stream, const NAME_LIST &list)
+static void write_classes(TLC_STREAM *stream, const TLI_LIST &list)
 {
     for (size_t at = list.count; at > 0; --at) {
         TLI_IDENTIFIER *type = list.names[at - 1];
@@ -354,14 +329,14 @@ static bool has_types(const TLI_SCOPE *scope)
 void TLCJ_WriteLocalTypes(TLC_STREAM *stream, TLI_SCOPE *scope)
 {
     if (!has_types(scope)) return;
-    NAME_LIST list = list_scope(scope);
+    TLI_LIST list = TLI_ListIdentifiers(scope);
     write_classes(stream, list);
     SH_Free(list.names);
 }
 
 /* ---- Scopes ---- */
 
-static void write_constants(TLC_STREAM *stream, const NAME_LIST &list)
+static void write_constants(TLC_STREAM *stream, const TLI_LIST &list)
 {
     for (size_t at = list.count; at > 0; --at) {
         TLI_IDENTIFIER *identifier = list.names[at - 1];
@@ -375,7 +350,7 @@ static void write_constants(TLC_STREAM *stream, const NAME_LIST &list)
 
 void TLCJ_WriteScopeIdentifiers(TLC_STREAM *stream, TLI_SCOPE *scope)
 {
-    NAME_LIST list = list_scope(scope);
+    TLI_LIST list = TLI_ListIdentifiers(scope);
     /* A table may lead to one that was declared before it; the functions inside use them too. */
     if (!is_frame(scope) || !TLCJ_State(stream)->has_frame) write_constants(stream, list);
     if (!is_frame(scope)) write_classes(stream, list);
@@ -444,7 +419,7 @@ void TLCJ_WriteArgumentCopies(TLC_STREAM *stream, TLI_IDENTIFIER *function)
     }
 }
 
-static void write_frame_constants(TLC_STREAM *stream, const NAME_LIST &list)
+static void write_frame_constants(TLC_STREAM *stream, const TLI_LIST &list)
 {
     for (size_t at = list.count; at > 0; --at) {
         TLI_IDENTIFIER *identifier = list.names[at - 1];
@@ -457,7 +432,7 @@ static void write_frame_constants(TLC_STREAM *stream, const NAME_LIST &list)
 void TLCJ_WriteFrame(TLC_STREAM *stream, TLI_IDENTIFIER *function)
 {
     char name[TLCJ_NAME_CAPACITY];
-    NAME_LIST list = list_scope(TLIV_FunctionScope(function));
+    TLI_LIST list = TLI_ListIdentifiers(TLIV_FunctionScope(function));
     TLCJ_OwnName(stream, function, name);
     std::fprintf(stream->file, "\n  static final class toll_frame_%s {\n", name);
     write_frame_constants(stream, list);
@@ -540,7 +515,7 @@ static void write_external(TLC_STREAM *stream, TLI_IDENTIFIER *function)
 
 void TLCJ_WriteExternals(TLC_STREAM *stream, TLI_SCOPE *scope)
 {
-    NAME_LIST list = list_scope(scope);
+    TLI_LIST list = TLI_ListIdentifiers(scope);
     for (size_t at = list.count; at > 0; --at) {
         TLI_IDENTIFIER *identifier = list.names[at - 1];
         bool is_function = TLI_IdentifierClass(identifier) == TLI_FUNCTION;

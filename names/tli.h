@@ -45,6 +45,13 @@ struct TLI_SCOPE {
     uint64_t filter;  // bit for each hash modulo 64 of a name entered so far: most misses stop here
 };
 
+// The identifiers of a scope at one moment, newest first. The array is the caller's to free.
+struct TLI_LIST {
+    TLI_IDENTIFIER **names;
+    size_t count;
+    size_t size; // bytes that names has room for
+};
+
 struct TLI_DOMAIN {
     char name[TLI_NAME_CAPACITY]; // empty for the language and for data types
     TLI_SCOPE *scope;             // top of the stack
@@ -71,3 +78,7 @@ void TLI_OwnUnlisted(TLI_SCOPE *scope, TLI_IDENTIFIER *identifier);
 // Frees an identifier with its pragmas and what its class owns, but not its name or the entry in the
 // scope's table.
 void TLI_FreeIdentifier(TLI_IDENTIFIER *identifier);
+
+// Lists a scope for those who need its identifiers from the oldest on, or more than once; a null scope
+// has none.
+TLI_LIST TLI_ListIdentifiers(TLI_SCOPE *scope);

@@ -323,6 +323,23 @@ int32_t TLI_AllIdentifiers(TLI_SCOPE *scope, TLI_IDENTIFIER_VISITOR action, void
     return HS_AllNames(scope->names, visit_identifier, &walk);
 }
 
+static int32_t add_to_list(void *context, const char *, TLI_IDENTIFIER *identifier)
+{
+    auto *list = static_cast<TLI_LIST *>(context);
+    const size_t used = list->count * sizeof(TLI_IDENTIFIER *);
+    list->names = static_cast<TLI_IDENTIFIER **>(
+        SH_Grow(list->names, used, &list->size, used + sizeof(TLI_IDENTIFIER *)));
+    list->names[list->count++] = identifier;
+    return 1;
+}
+
+TLI_LIST TLI_ListIdentifiers(TLI_SCOPE *scope)
+{
+    TLI_LIST list = {};
+    if (scope != nullptr) TLI_AllIdentifiers(scope, add_to_list, &list);
+    return list;
+}
+
 struct SCOPE_WALK {
     TLI_SCOPE_VISITOR action;
     void *context;
