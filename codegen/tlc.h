@@ -85,7 +85,7 @@ struct TLC_TEXT {
     bool is_ordered;           /* its values must not change places */
     bool follows_label;        /* only a statement may stand next */
     const TLE_TERM *statement; /* the expression whose value nobody takes */
-    int32_t placeholders;      /* written in the place of values that could not be */
+    int32_t stand_ins;         /* written in the place of values that could not be */
     FILE *scratch;             /* takes the text of a trial; null before the first */
     FILE *declarations;        /* during a trial: where its declarations go; null otherwise */
 };

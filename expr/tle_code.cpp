@@ -369,7 +369,7 @@ int32_t TLE_TermCode(TLC_STREAM *stream, TLE_TERM *term, int32_t mode)
         emitted = nullptr;
         return 1;
     }
-    const int32_t placeholders = stream->text.placeholders;
+    const int32_t stand_ins = stream->text.stand_ins;
     const int32_t errors = stream->text_errors;
     if (any_code(stream, term, mode)) return 1;
     const int32_t counted = stream->text_errors;
@@ -377,9 +377,9 @@ int32_t TLE_TermCode(TLC_STREAM *stream, TLE_TERM *term, int32_t mode)
     /* A place counts once, however many terms stand around it. */
     if (counted > errors) TLC_SetTextErrors(stream, counted);
     /* C wants something to stand where the innermost value is missing. */
-    if (stream->target == TLC_TARGET_C && stream->text.placeholders == placeholders) {
+    if (stream->target == TLC_TARGET_C && stream->text.stand_ins == stand_ins) {
         std::fputs("0", stream->file);
-        stream->text.placeholders++;
+        stream->text.stand_ins++;
     }
     return 0;
 }

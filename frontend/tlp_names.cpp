@@ -62,7 +62,7 @@ TLI_IDENTIFIER *TLP_FindIdentifier(TLP_MODULE *module, TLT_STATEMENT *statement,
 }
 
 /** 1 if the client's defines make the module one of those that give no strict warnings. */
-static int32_t is_specification(const TLP_MODULE *module)
+static int32_t is_lenient(const TLP_MODULE *module)
 {
     for (const char *name : module->define_names)
         if (strcmp(name, "SPECIFICATION") == 0) return 1;
@@ -76,7 +76,7 @@ void TLP_StrictWarning(TLP_MODULE *module, TLT_STATEMENT *statement, const char 
         TLT_Warning(statement, text);
         return;
     }
-    if (is_specification(module)) return;
+    if (is_lenient(module)) return;
     if (HS_FindName(module->suppressed_warnings, text, nullptr)) return;
     ST_Copy(warning, WARNING_SIZE, text);
     ST_Append(warning, WARNING_SIZE, " - further warnings in this category suppressed");
