@@ -138,11 +138,6 @@ static void write_variable(TLC_STREAM *stream, TLI_IDENTIFIER *variable)
 
 /* ---- Constants ---- */
 
-static bool is_enumeration(TLI_IDENTIFIER *type)
-{
-    return TLIT_TypeSubclass(nullptr, type) == TLIT_SUBCLASS_ENUMERATION;
-}
-
 static void write_values(TLC_STREAM *stream, TLI_IDENTIFIER *type, TLE_TERM *links, bool is_passed);
 
 /* Each field of a record has a link of its own, which holds the field's values. */
@@ -175,7 +170,7 @@ static bool is_plain_number(TLI_IDENTIFIER *type, const TLE_TERM *value)
     if (value->kind != TLT_TOKEN_NUMBER) return false;
     switch (TLCJ_Kind(type)) {
     case TLCJ_WORD:
-        return !is_enumeration(type) || (value->value >= 0 && value->value <= UINT8_MAX);
+        return !TLIT_IsEnumeration(type) || (value->value >= 0 && value->value <= UINT8_MAX);
     case TLCJ_CHAR:
         return value->value >= 0 && value->value <= UINT8_MAX;
     case TLCJ_SHORT:

@@ -107,11 +107,6 @@ bool TLB_IsIntegerBased(TLI_IDENTIFIER *type)
     return type != nullptr && TLIT_IntegerType(TLIT_TypeBaseType(nullptr, type));
 }
 
-bool TLB_IsEnumeration(TLI_IDENTIFIER *type)
-{
-    return TLIT_TypeSubclass(nullptr, type) == TLIT_SUBCLASS_ENUMERATION;
-}
-
 int32_t TLB_ArgumentCode(TLC_STREAM *stream, TLE_TERM *term, int32_t index)
 {
     return TLE_TermCode(stream, TLE_CallArgument(term, index), TLE_MODE_VALUE);

@@ -54,8 +54,6 @@ bool TLB_HasBase(TLI_IDENTIFIER *type, const TLI_IDENTIFIER *base);
 // Is the base type one of the integers? INT, CHAR, SHORT, quantities and enumerations have one.
 bool TLB_IsIntegerBased(TLI_IDENTIFIER *type);
 
-bool TLB_IsEnumeration(TLI_IDENTIFIER *type);
-
 // Generates the value of an argument, from 0. 1, or 0 after a report.
 int32_t TLB_ArgumentCode(TLC_STREAM *stream, TLE_TERM *term, int32_t index);
 

@@ -7,10 +7,10 @@
 #include <algorithm>
 
 #include "expr/tle_code.h"
+#include "names/tlit.h"
 #include <ostrum/eep.h>
 #include <ostrum/tlc.h>
 #include <ostrum/tli.h>
-#include <ostrum/tlit.h>
 #include <ostrum/tlt.h>
 
 static constexpr int32_t two_values = -1; // extra word of min and max of two values
@@ -23,7 +23,7 @@ static TLI_IDENTIFIER *check_pair(TLP_MODULE *module, TLT_STATEMENT *statement, 
     TLI_IDENTIFIER *type = TLB_ArgumentType(term, 0);
     term->extra = two_values;
     if (!TLIT_MatchType(module, statement, type, TLB_ArgumentType(term, 1))) return nullptr;
-    return TLB_IsEnumeration(type) || TLB_HasBase(type, TLIT_IntType) ? type : nullptr;
+    return TLIT_IsEnumeration(type) || TLB_HasBase(type, TLIT_IntType) ? type : nullptr;
 }
 
 static TLI_IDENTIFIER *check_range(TLE_TERM *term, bool is_max)
@@ -31,7 +31,7 @@ static TLI_IDENTIFIER *check_range(TLE_TERM *term, bool is_max)
     const TLE_TERM *argument = TLE_CallArgument(term, 0);
     TLI_IDENTIFIER *type = TLE_Type(argument);
     if (type == nullptr) type = TLE_ExpressionType(argument);
-    if (TLB_IsEnumeration(type)) {
+    if (TLIT_IsEnumeration(type)) {
         term->extra = is_max ? TLIT_EnumRange(type) - 1 : 0;
         return type;
     }

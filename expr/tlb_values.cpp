@@ -7,10 +7,10 @@
 
 #include "expr/tle_code.h"
 #include "expr/tle_java.h"
+#include "names/tlit.h"
 #include <ostrum/eep.h>
 #include <ostrum/tlc.h>
 #include <ostrum/tli.h>
-#include <ostrum/tlit.h>
 #include <ostrum/tlp.h>
 #include <ostrum/tlt.h>
 
@@ -26,7 +26,7 @@ static TLI_IDENTIFIER *check_abs(const TLB_BUILT_IN *, TLP_MODULE *, TLT_STATEME
 {
     TLI_IDENTIFIER *type = TLB_ArgumentType(term, 0);
     term->extra = 0;
-    if (TLB_IsEnumeration(type)) return TLIT_IntType;
+    if (TLIT_IsEnumeration(type)) return TLIT_IntType;
     if (!TLB_HasBase(type, TLIT_IntType)) return nullptr;
     term->extra = 1;
     return type;

@@ -5,8 +5,8 @@
 
 #include "frontend/tlt.h"
 #include "names/tli.h"
+#include "names/tlit.h"
 #include "names/tliv.h"
-#include <ostrum/tlit.h>
 #include <ostrum/tlp.h>
 
 // One argument against its parameter.
@@ -60,7 +60,7 @@ static void check_slice(const ARGUMENT_CHECK &check, const TLE_TERM *subscript)
     TLI_IdentifierDimension(check.formal, &range);
     if (subscript->type != range) {
         TLT_Error(check.statement, "Clash of array dimension type");
-    } else if (range != nullptr && TLIT_TypeSubclass(nullptr, range) == TLIT_SUBCLASS_ENUMERATION) {
+    } else if (TLIT_IsEnumeration(range)) {
         TLT_Error(check.statement, "Arrays indexed by ENUM cannot be sliced");
     }
 }

@@ -13,11 +13,11 @@
 #include "codegen/tlcc.h"
 #include "expr/tle_c.h"
 #include "expr/tlo.h"
+#include "names/tlit.h"
 #include "names/tliv.h"
 #include <ostrum/eep.h>
 #include <ostrum/sm.h>
 #include <ostrum/tli.h>
-#include <ostrum/tlit.h>
 #include <ostrum/tlp.h>
 #include <ostrum/tlt.h>
 
@@ -438,7 +438,7 @@ static bool is_signed_comparison(const TLE_TERM *term)
 {
     const TLE_TERM *left = term->left;
     const TLE_TERM *right = term->right;
-    if (left == nullptr || right == nullptr || !TLB_IsEnumeration(left->type)) return false;
+    if (left == nullptr || right == nullptr || !TLIT_IsEnumeration(left->type)) return false;
     const bool is_equality = term->kind == TLT_TOKEN_EQUAL || term->kind == TLT_TOKEN_NOT_EQUAL;
     if (is_equality) return TLB_IsWordInC(left) != TLB_IsWordInC(right);
     return is_wide(left) || is_wide(right);

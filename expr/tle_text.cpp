@@ -26,7 +26,6 @@ static bool is_c(TLC_STREAM *stream)
 
 static TLI_IDENTIFIER *enumeration_value(const TLE_TERM *term)
 {
-    if (TLIT_TypeSubclass(nullptr, term->type) != TLIT_SUBCLASS_ENUMERATION) return nullptr;
     return TLIT_EnumGetValue(term->type, term->value);
 }
 

@@ -3,9 +3,9 @@
 #include "frontend/tlp_declarations.h"
 
 #include "expr/tle.h"
+#include "names/tlit.h"
 #include <ostrum/tli.h>
 #include <ostrum/tlic.h>
-#include <ostrum/tlit.h>
 #include <ostrum/tliv.h>
 
 namespace
@@ -30,7 +30,7 @@ void evaluate_bound(TLP_MODULE *module, TLT_STATEMENT *statement, TLE_TERM *term
 {
     TLI_IDENTIFIER *type = TLE_Type(term);
     if (type != nullptr) {
-        if (TLIT_TypeSubclass(nullptr, type) != TLIT_SUBCLASS_ENUMERATION) return;
+        if (!TLIT_IsEnumeration(type)) return;
         *part = { .dimension = TLIT_EnumRange(type), .range = type };
         return;
     }

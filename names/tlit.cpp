@@ -252,6 +252,11 @@ static TLIT_TYPE *as_subclass(TLI_IDENTIFIER *identifier, int32_t subclass)
     return type != nullptr && type->descriptor->subclass == subclass ? type : nullptr;
 }
 
+bool TLIT_IsEnumeration(TLI_IDENTIFIER *type)
+{
+    return as_subclass(type, TLIT_SUBCLASS_ENUMERATION) != nullptr;
+}
+
 static void append_value(TLIT_TYPE *enumeration, TLIT_ENUM_VALUE *value)
 {
     value->number = (int32_t)enumeration->at++;

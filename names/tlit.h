@@ -72,3 +72,6 @@ static inline TLIT_TYPE *TLIT_AsType(TLI_IDENTIFIER *identifier)
         (uintptr_t)identifier->class_record - (uintptr_t)&TLIT_classes[TLIT_SIMPLE_CLASS];
     return offset < sizeof TLIT_classes ? (TLIT_TYPE *)identifier : nullptr;
 }
+
+// Is it an enumeration? False for null and for what is no type.
+bool TLIT_IsEnumeration(TLI_IDENTIFIER *type);

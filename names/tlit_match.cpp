@@ -45,7 +45,7 @@ TLI_IDENTIFIER *TLIT_PointerAt(TLI_IDENTIFIER *type)
 
 int32_t TLIT_EnumRange(TLI_IDENTIFIER *type)
 {
-    if (subclass_of(type) != TLIT_SUBCLASS_ENUMERATION) return 0;
+    if (!TLIT_IsEnumeration(type)) return 0;
     return (int32_t)TLIT_AsType(type)->at;
 }
 
@@ -140,8 +140,7 @@ int32_t TLIT_IsStringType(TLI_DOMAIN *data_types, TLI_IDENTIFIER *type)
 
 int32_t TLIT_IsQuantityType(TLI_IDENTIFIER *type)
 {
-    return TLIT_IntegerType(type) || is_quantity_class(type) ||
-           subclass_of(type) == TLIT_SUBCLASS_ENUMERATION;
+    return TLIT_IntegerType(type) || is_quantity_class(type) || TLIT_IsEnumeration(type);
 }
 
 int32_t TLIT_IsWordType(TLI_IDENTIFIER *type)

@@ -2,8 +2,8 @@
 #include "names/tliv.h"
 
 #include "core/sm.h"
+#include "names/tlit.h"
 #include "names/tliv_code.h"
-#include <ostrum/tlit.h>
 #include <ostrum/tlt.h>
 
 namespace
@@ -218,8 +218,7 @@ TLI_IDENTIFIER *TLIV_Argument(TLI_DOMAIN *data_types, TLI_DOMAIN *domain, TLT_ST
                               const char *name, TLI_IDENTIFIER *type, int32_t dimension,
                               TLI_IDENTIFIER *range, TLI_IDENTIFIER *function, int32_t pass_type)
 {
-    const bool has_enum_range =
-        range != nullptr && TLIT_TypeSubclass(statement, range) == TLIT_SUBCLASS_ENUMERATION;
+    const bool has_enum_range = TLIT_IsEnumeration(range);
     if (dimension > 0 && !has_enum_range) {
         return refuse(statement, "Array arguments cannot have bounds");
     }

@@ -3,12 +3,12 @@
  */
 #include "stmt/tlsl.h"
 
+#include "names/tlit.h"
 #include <ostrum/eep.h>
 #include <ostrum/sh.h>
 #include <ostrum/tlc.h>
 #include <ostrum/tle.h>
 #include <ostrum/tli.h>
-#include <ostrum/tlit.h>
 #include <ostrum/tlt.h>
 
 /* Access of an item whose address is on the stack. */
@@ -138,11 +138,6 @@ static uint32_t clause_bit(const CLAUSE *clause)
     return 1u << (clause - clauses);
 }
 
-static bool is_enumeration(TLI_IDENTIFIER *type)
-{
-    return TLIT_TypeSubclass(nullptr, type) == TLIT_SUBCLASS_ENUMERATION;
-}
-
 /* A step that is not known before the program runs is taken as it is. */
 static void check_step(FOR_PARSE *parse)
 {
@@ -176,7 +171,7 @@ static void for_clause(FOR_PARSE *parse, int32_t token)
         TLT_Error(parse->statement, "Illegal in a FOR statement");
     } else if ((parse->seen & clause_bit(clause)) != 0) {
         TLT_Error(parse->statement, clause->again);
-    } else if (token == TLT_TOKEN_BY && is_enumeration(parse->type)) {
+    } else if (token == TLT_TOKEN_BY && TLIT_IsEnumeration(parse->type)) {
         TLT_Error(parse->statement, "BY not allowed with ENUM values");
     } else {
         clause_expression(parse, clause);

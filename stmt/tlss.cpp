@@ -4,12 +4,12 @@
  */
 #include "stmt/tlss.h"
 
+#include "names/tlit.h"
 #include <ostrum/sh.h>
 #include <ostrum/st.h>
 #include <ostrum/tle.h>
 #include <ostrum/tli.h>
 #include <ostrum/tlic.h>
-#include <ostrum/tlit.h>
 #include <ostrum/tlp.h>
 
 enum : int32_t { NO_VALUE = -1 };
@@ -49,14 +49,9 @@ static void read_expression(TLS_BLOCK *root, TLT_STATEMENT *statement, TLSS_SWIT
     }
 }
 
-static bool is_enumeration(TLI_IDENTIFIER *type)
-{
-    return type != nullptr && TLIT_TypeSubclass(nullptr, type) == TLIT_SUBCLASS_ENUMERATION;
-}
-
 static void check_selector(TLS_BLOCK *root, TLT_STATEMENT *statement, TLI_IDENTIFIER *type)
 {
-    if (is_enumeration(type)) return;
+    if (TLIT_IsEnumeration(type)) return;
     if (TLIT_MatchType(root->module, statement, TLIT_IntType, type)) return;
     TLT_Error(statement, "SWITCH condition must be INT or ENUM");
 }

@@ -4,10 +4,10 @@
  */
 #include "stmt/tlss.h"
 
+#include "names/tlit.h"
 #include <ostrum/sh.h>
 #include <ostrum/tli.h>
 #include <ostrum/tlic.h>
-#include <ostrum/tlit.h>
 #include <ostrum/tlp.h>
 
 /* ---- Values met ---- */
@@ -70,8 +70,7 @@ static void check_node_leg(TLS_BLOCK *block, TLSS_CASE *leg, bool is_enumeration
 static bool check_node(TLS_BLOCK *block, TLSS_SWITCH *record)
 {
     TLI_IDENTIFIER *type = record->expression_type;
-    bool is_enumeration =
-        type != nullptr && TLIT_TypeSubclass(nullptr, type) == TLIT_SUBCLASS_ENUMERATION;
+    bool is_enumeration = TLIT_IsEnumeration(type);
     for (TLSS_CASE *leg = record->legs; leg != nullptr; leg = leg->next)
         check_node_leg(block, leg, is_enumeration);
     uint32_t range = is_enumeration ? static_cast<uint32_t>(TLIT_EnumRange(type)) : 0;

@@ -18,8 +18,7 @@ static void write_case(TLC_STREAM *stream, const TLS_BLOCK *block, const TLSS_SW
 {
     char name[TLCJ_NAME_CAPACITY];
     TLI_IDENTIFIER *type = record->expression_type;
-    bool is_enumeration = TLIT_TypeSubclass(nullptr, type) == TLIT_SUBCLASS_ENUMERATION;
-    TLI_IDENTIFIER *named = is_enumeration ? TLIT_EnumGetValue(type, value->value) : nullptr;
+    TLI_IDENTIFIER *named = TLIT_EnumGetValue(type, value->value);
     TLI_SCOPE *scope = named == nullptr ? nullptr : TLI_IdentifierScope(named);
     if (scope != nullptr && TLI_ScopeType(scope) == TLI_STATIC_SCOPE) {
         TLS_WriteJavaIndent(stream, block->indent);

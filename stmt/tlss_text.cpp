@@ -31,8 +31,7 @@ static void write_value(TLC_STREAM *stream, const TLS_BLOCK *block, const TLSS_S
     FILE *file = TLC_CFile(stream);
     char name[TLCC_NAME_CAPACITY];
     TLI_IDENTIFIER *type = record->expression_type;
-    bool is_enumeration = TLIT_TypeSubclass(nullptr, type) == TLIT_SUBCLASS_ENUMERATION;
-    TLI_IDENTIFIER *named = is_enumeration ? TLIT_EnumGetValue(type, value->value) : nullptr;
+    TLI_IDENTIFIER *named = TLIT_EnumGetValue(type, value->value);
     if (named != nullptr) {
         std::fprintf(file, "%*scase %s :\n", block->indent, "", TLCC_Name(named, name));
     } else {
