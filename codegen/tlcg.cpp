@@ -4,10 +4,13 @@
  */
 #include "codegen/tlcg.h"
 
+#include <cstdio>
+#include <iterator>
+
 #include "codegen/tlc.h"
 #include "core/sh.h"
 #include "names/tli.h"
-#include <iterator>
+#include <ostrum/f.h>
 #include <ostrum/kob.h>
 #include <ostrum/tle.h>
 #include <ostrum/tli.h>
@@ -16,7 +19,7 @@
 #include <ostrum/tlp.h>
 #include <ostrum/tls.h>
 
-enum { SECTION_TREE = 2 };
+enum { TEXT_BUFFER_SIZE = 65536 };
 
 static constexpr size_t first_set_capacity = 64;
 
@@ -181,7 +184,7 @@ static void generate_block(TLCG_CONTEXT *context, TLS_BLOCK *block)
     if (!TLCG_AddToSet(&context->generated, block)) return;
     TLS_BlockCode(context->stream, block);
     if ((context->flags & TLC_FLAG_BLOCKS) != 0) TLS_PrintBlock("BLOCK", block, 0);
-    if (TLS_GetBlockSectionType(block) == SECTION_TREE) context->has_tree = true;
+    if (TLS_GetBlockSectionType(block) == TLP_SECTION_TREE) context->has_tree = true;
 }
 
 /** Generates a function behind all functions inside it; their scopes are on the stack meanwhile. */
@@ -215,4 +218,28 @@ static int32_t generate_named_section(void *user, const char *, TLP_SECTION *sec
 void TLCG_GenerateSections(TLCG_CONTEXT *context)
 {
     TLP_AllSections(context->module, generate_named_section, context);
+}
+
+const char *TLCG_FileName(const char *path)
+{
+    const char *name = path;
+    for (const char *at = path; *at != '\0'; ++at) {
+        if (*at == '/' || *at == '\\' || *at == ':') name = at + 1;
+    }
+    return name;
+}
+
+FILE *TLCG_OpenText(const char *path)
+{
+    constexpr int32_t for_writing = 1;
+    FILE *file = nullptr;
+    if (F_OpenFile(&file, path, for_writing) != 0) return nullptr;
+    std::setvbuf(file, nullptr, _IOFBF, TEXT_BUFFER_SIZE);
+    return file;
+}
+
+bool TLCG_CloseText(FILE *file)
+{
+    const bool has_failed = std::ferror(file) != 0;
+    return std::fclose(file) == 0 && !has_failed;
 }

@@ -105,3 +105,18 @@ void TLCG_DebugFrames(TLCG_CONTEXT *context);
 
 /** Frees what a context holds for itself: not its stream, not its object. */
 void TLCG_ReleaseContext(TLCG_CONTEXT *context);
+
+/**
+ * The part of a path behind its directory.
+ * @param path  may use either separator
+ */
+const char *TLCG_FileName(const char *path);
+
+/**
+ * Opens a file for generated text.
+ * @return null if it cannot be opened; TLCG_CloseText closes it
+ */
+FILE *TLCG_OpenText(const char *path);
+
+/** Closes a file of generated text; false if not all of the text has reached it. */
+bool TLCG_CloseText(FILE *file);

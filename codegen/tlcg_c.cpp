@@ -8,7 +8,6 @@
 
 #include "codegen/tlc.h"
 #include "codegen/tlcc.h"
-#include <ostrum/f.h>
 #include <ostrum/tid.h>
 #include <ostrum/tli.h>
 #include <ostrum/tliv.h>
@@ -18,31 +17,33 @@ enum { RESULT_NO_C_FILE = 1 };
 enum { QUALIFIER_PRIVATE = 0 };
 
 enum { PATH_SIZE = 120 };
-enum { BUFFER_SIZE = 65536 }; /* of a text on its way to the file */
 
 /* One run. */
 struct C_OUTPUT {
     TLCG_CONTEXT context;
     const char *tool;
     const char *tool_version;
-    char base[PATH_SIZE];  /* base name of both files */
-    char guard[PATH_SIZE]; /* the same as a C name */
+    char base[PATH_SIZE];      /* base name of both files */
+    char guard[PATH_SIZE + 1]; /* the same as a C name */
 };
 
 static FILE *open_file(const C_OUTPUT &output, const char *extension)
 {
     char path[PATH_SIZE + 4];
     std::snprintf(path, sizeof path, "%s%s", output.base, extension);
-    FILE *file = std::fopen(path, "w");
-    if (file != nullptr) std::setvbuf(file, nullptr, _IOFBF, BUFFER_SIZE);
-    return file;
+    return TLCG_OpenText(path);
 }
 
-/* What did not reach the file counts as a file that could not be opened. */
-static bool close_file(FILE *file)
+/* The name of a file without directory and extension; false if there is none or it is too long. */
+static bool take_base(const char *path, char *base)
 {
-    bool has_failed = std::ferror(file) != 0;
-    return std::fclose(file) == 0 && !has_failed;
+    const char *name = TLCG_FileName(path);
+    const char *dot = std::strrchr(name, '.');
+    const size_t length = dot != nullptr && dot != name ? dot - name : std::strlen(name);
+    if (length == 0 || length >= PATH_SIZE) return false;
+    std::memcpy(base, name, length);
+    base[length] = '\0';
+    return true;
 }
 
 static void write_origin(const C_OUTPUT &output)
@@ -54,13 +55,9 @@ static void write_origin(const C_OUTPUT &output)
 /* The header of a module has the base name of its source, which is the name that USES finds it by. */
 static int32_t include_module(void *context, const char *name, TLP_MODULE *module)
 {
-    char directory[PATH_SIZE];
     char base[PATH_SIZE];
-    char extension[PATH_SIZE];
     const char *source = TLP_ModuleSourceFile(module);
-    const bool has_source = source != nullptr && std::strlen(source) < PATH_SIZE &&
-                            F_ParseFilename(source, directory, base, extension) == 0 &&
-                            base[0] != '\0';
+    const bool has_source = source != nullptr && take_base(source, base);
     std::fprintf(static_cast<FILE *>(context), "#include \"%s.h\"\n", has_source ? base : name);
     return 1;
 }
@@ -136,19 +133,13 @@ static void write_code(C_OUTPUT *output)
     walk_sections(output);
 }
 
-static void take_names(C_OUTPUT *output, const char *file_name)
+static bool take_names(C_OUTPUT *output, const char *file_name)
 {
-    const char *base = file_name;
-    for (const char *at = file_name; *at != '\0'; ++at) {
-        if (*at == '/' || *at == '\\' || *at == ':') base = at + 1;
-    }
-    std::snprintf(output->base, PATH_SIZE, "%s", base);
-    char *dot = std::strrchr(output->base, '.');
-    if (dot != nullptr && dot != output->base) *dot = '\0';
+    if (!take_base(file_name, output->base)) return false;
     const bool has_digit = output->base[0] >= '0' && output->base[0] <= '9';
-    std::snprintf(output->guard, PATH_SIZE, "%s%.*s", has_digit ? "_" : "", PATH_SIZE - 2,
-                  output->base);
+    std::snprintf(output->guard, sizeof output->guard, "%s%s", has_digit ? "_" : "", output->base);
     TLCC_Characters(output->guard);
+    return true;
 }
 
 static int32_t write_files(C_OUTPUT *output)
@@ -158,13 +149,13 @@ static int32_t write_files(C_OUTPUT *output)
     if (header == nullptr) return RESULT_NO_C_FILE;
     context->stream = TLC_NewCStream(header, context->module, context->flags);
     write_header(output);
-    if (!close_file(header)) return RESULT_NO_C_FILE;
+    if (!TLCG_CloseText(header)) return RESULT_NO_C_FILE;
     FILE *code = open_file(*output, ".c");
     if (code == nullptr) return RESULT_NO_C_FILE;
     TLC_SetCFile(context->stream, code);
     TLC_NextPass(context->stream);
     write_code(output);
-    return close_file(code) ? 0 : RESULT_NO_C_FILE;
+    return TLCG_CloseText(code) ? 0 : RESULT_NO_C_FILE;
 }
 
 int32_t TLCG_GenerateCCode(TLP_MODULE *module, uint32_t flags, const char *file_name, int32_t tool,
@@ -175,7 +166,7 @@ int32_t TLCG_GenerateCCode(TLP_MODULE *module, uint32_t flags, const char *file_
     output.context.module = module;
     output.tool = TID_ToolName(tool);
     output.tool_version = tool_version;
-    take_names(&output, file_name);
+    if (!take_names(&output, file_name)) return RESULT_NO_C_FILE;
     const int32_t result = write_files(&output);
     TLCG_ReleaseContext(&output.context);
     TLC_DelStream(output.context.stream);

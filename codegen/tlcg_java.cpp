@@ -17,7 +17,6 @@
 #include <ostrum/tls.h>
 
 enum { RESULT_NO_JAVA_FILE = 2 };
-enum { BUFFER_SIZE = 65536 }; /* of the file */
 
 /* One run. */
 struct JAVA_OUTPUT {
@@ -30,31 +29,15 @@ struct JAVA_OUTPUT {
 
 /* ---- File ---- */
 
-static const char *base_of(const char *path)
-{
-    const char *base = path;
-    for (const char *at = path; *at != '\0'; ++at) {
-        if (*at == '/' || *at == '\\' || *at == ':') base = at + 1;
-    }
-    return base;
-}
-
 static FILE *open_file(const char *file_name)
 {
-    if (std::strchr(base_of(file_name), '.') != nullptr) return std::fopen(file_name, "w");
+    if (std::strchr(TLCG_FileName(file_name), '.') != nullptr) return TLCG_OpenText(file_name);
     size_t size = std::strlen(file_name) + sizeof ".java";
     char *path = static_cast<char *>(SH_AllocateBytes(size));
     std::snprintf(path, size, "%s.java", file_name);
-    FILE *file = std::fopen(path, "w");
+    FILE *file = TLCG_OpenText(path);
     SH_Free(path);
     return file;
-}
-
-/* What did not reach the file counts as a file that could not be opened. */
-static bool close_file(FILE *file)
-{
-    bool has_failed = std::ferror(file) != 0;
-    return std::fclose(file) == 0 && !has_failed;
 }
 
 /* Does the directory of a path end in the one that holds the classes of modules? */
@@ -62,7 +45,7 @@ static bool lies_in_library(const char *path)
 {
     static constexpr char folder[] = "halvorn/libs/";
     static constexpr size_t length = sizeof folder - 1;
-    size_t end = static_cast<size_t>(base_of(path) - path);
+    size_t end = static_cast<size_t>(TLCG_FileName(path) - path);
     if (end < length) return false;
     const char *start = path + end - length;
     for (size_t i = 0; i < length; ++i) {
@@ -186,10 +169,9 @@ int32_t TLCG_GenerateJavaCode(TLP_MODULE *module, uint32_t flags, const char *fi
     output.is_library = lies_in_library(file_name);
     FILE *file = open_file(file_name);
     if (file == nullptr) return RESULT_NO_JAVA_FILE;
-    std::setvbuf(file, nullptr, _IOFBF, BUFFER_SIZE);
     output.context.stream = TLC_NewJavaStream(file, module, flags);
     write_class(&output);
     TLCG_ReleaseContext(&output.context);
     TLC_DelStream(output.context.stream);
-    return close_file(file) ? 0 : RESULT_NO_JAVA_FILE;
+    return TLCG_CloseText(file) ? 0 : RESULT_NO_JAVA_FILE;
 }

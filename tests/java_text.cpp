@@ -77,6 +77,10 @@ TEST(JavaText, FileNameMakesClassAndPackage)
     EXPECT_EQ(JavaClass(source, "libs/out").text.find("package"), std::string::npos);
     CompiledSource compiled(source);
     EXPECT_EQ(TLCG_GenerateJavaCode(compiled.module, 0, "/nowhere/at/all", 0, "1.0"), 2);
+    EXPECT_EQ(TLCG_GenerateJavaCode(compiled.module, 0, "\\nowhere\\at\\all", 0, "1.0"), 2);
+    const std::string too_long(120, 'x');
+    EXPECT_EQ(TLCG_GenerateCCode(compiled.module, 0, too_long.c_str(), 0, "1.0"), 1);
+    EXPECT_EQ(TLCG_GenerateJavaCode(compiled.module, 0, too_long.c_str(), 0, "1.0"), 2);
 }
 
 TEST(JavaText, RecordsAndFunctionTypes)
