@@ -88,3 +88,23 @@ cp odd.java before
 printf 'MODULE odd\nPRIVATE\nFUNCTION VOID f()\nBEGIN\n    g()\nEND\n' >odd.tl
 "$toll" --target=java odd.tl >said 2>&1 && fail "compiles what is wrong"
 cmp odd.java before
+
+# A component finds a help screen also where it has no location.
+cat >Places.java <<'SOURCE'
+import halvorn.types.*;
+
+class Places {
+    public static void main(String[] arguments) {
+        Data help = Data.named("HELPSCREEN", "H"), place = Data.named("PARAMETER", "P");
+        Component[] all = { new Component("a", 0, help), new Component("b", 0, place),
+            new Component("c", 0, place, help), new Component("d", 0, null) };
+        for (Component one : all)
+            System.out.println(one.getLOCATION() + ", " + one.getHELPSCREEN());
+    }
+}
+SOURCE
+compile "$scratch/places" Places.java
+[ "$(java -cp "$scratch/runtime:$scratch/places" Places)" = "null, HELPSCREEN H
+PARAMETER P, null
+PARAMETER P, HELPSCREEN H
+null, null" ] || fail "a component has another place or help screen"
