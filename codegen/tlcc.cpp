@@ -109,6 +109,24 @@ bool TLCC_IsItem(TLI_IDENTIFIER *identifier)
            function_class != TLP_SECTION_SYSCALL;
 }
 
+/* The data section that an item is named in; null for what is no such item. */
+static TLI_IDENTIFIER *section_of(TLI_IDENTIFIER *identifier)
+{
+    if (TLI_IdentifierClass(identifier) != TLI_NODE) return nullptr;
+    const TLI_SCOPE *scope = TLI_IdentifierScope(identifier);
+    TLI_IDENTIFIER *section = scope == nullptr ? nullptr : scope->identifier;
+    return section != nullptr && TLCC_IsItem(section) ? section : nullptr;
+}
+
+/* An item of a section is known by both names, as code names it. */
+static const char *nested_name(TLI_IDENTIFIER *section, TLI_IDENTIFIER *item, char *buffer)
+{
+    char name[TLCC_NAME_CAPACITY];
+    ST_Concat(name, TLCC_NAME_CAPACITY, TLI_IdentifierName(section), ".", TLI_IdentifierName(item),
+              nullptr);
+    return TLCC_ItemName(TLI_IdentifierType(item), name, buffer);
+}
+
 static const char *plain_name(const char *name, char *buffer)
 {
     const bool has_mark = is_reserved(name);
@@ -124,6 +142,9 @@ const char *TLCC_Name(TLI_IDENTIFIER *identifier, char *buffer)
     if (kind == TLI_VARIABLE || kind == TLI_ARGUMENT) return plain_name(name, buffer);
     if (TLCC_IsItem(identifier)) {
         return TLCC_ItemName(TLI_IdentifierType(identifier), name, buffer);
+    }
+    if (TLI_IDENTIFIER *section = section_of(identifier); section != nullptr) {
+        return nested_name(section, identifier, buffer);
     }
     TLI_DOMAIN *domain = TLI_IdentifierDomain(identifier);
     TLI_IDENTIFIER *outer = outer_function(identifier);
@@ -280,12 +301,26 @@ static void write_external(TLC_STREAM *stream, TLI_IDENTIFIER *function)
     std::fputs(";\n", TLC_CFile(stream));
 }
 
-/* What a data section describes is an item of data, which stands outside of the text. */
-static void write_item_section(TLC_STREAM *stream, TLI_IDENTIFIER *section)
+static bool is_data_item(TLI_IDENTIFIER *identifier)
+{
+    return identifier != nullptr && (TLCC_IsItem(identifier) || section_of(identifier) != nullptr);
+}
+
+/* What a data section describes are items of data, which stand outside of the text. */
+static void write_data_item(TLC_STREAM *stream, TLI_IDENTIFIER *item)
 {
     char name[TLCC_NAME_CAPACITY];
-    std::fprintf(TLC_CFile(stream), "extern const struct toll_item %s[];\n",
-                 TLCC_Name(section, name));
+    std::fprintf(TLC_CFile(stream), "extern const struct toll_item %s[];\n", TLCC_Name(item, name));
+}
+
+static void write_item_section(TLC_STREAM *stream, TLI_IDENTIFIER *section)
+{
+    write_data_item(stream, section);
+    TLI_LIST list = TLI_ListIdentifiers(TLIV_FunctionScope(section));
+    for (size_t at = list.count; at > 0; --at) {
+        if (section_of(list.names[at - 1]) != nullptr) write_data_item(stream, list.names[at - 1]);
+    }
+    SH_Free(list.names);
 }
 
 static bool has_body_elsewhere(TLI_IDENTIFIER *function)
@@ -489,6 +524,8 @@ static void declare_items(TLC_STREAM *stream, const TLE_TERM *links)
             declare_items(stream, value);
         } else if (value->kind == TLT_TOKEN_DATA_LITERAL) {
             TLCC_DeclareItem(stream, value);
+        } else if (value->kind == TLE_ADDRESS && is_data_item(value->identifier)) {
+            write_data_item(stream, value->identifier);
         }
     }
 }

@@ -133,6 +133,13 @@ TEST(Components, AreConstructedInJava)
                                    "    FULL = new Component(null, 0, null, null);\n");
 }
 
+TEST(Components, CNamesItemsWithTheirSection)
+{
+    CompiledSource source(section(" VARLOC left Location = {A}\n" + std::string(title)) +
+                          "FUNCTION VARLOC F(VAR INT left)\nBEGIN\n RETURN PUMP.left\nEND\n");
+    EXPECT_EQ(source.text("F", TLC_TARGET_C), " return VARLOC_PUMP_left;\n");
+}
+
 TEST(Components, JavaNamesItemsAsValues)
 {
     CompiledSource source(section(" VARLOC left Location = {A}\n" + std::string(title)) +
