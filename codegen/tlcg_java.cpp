@@ -134,6 +134,7 @@ static void write_data(JAVA_OUTPUT *output)
     TLC_NextPass(output->context.stream);
     std::fputs("  /*\n   * fix up static data\n   */\n  static {\n", file);
     walk_data(output);
+    TLCJ_WriteParents(output->context.stream);
     std::fputs("  }\n\n", file);
 }
 

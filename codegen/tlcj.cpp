@@ -33,12 +33,14 @@ TLCJ_STATE *TLCJ_State(TLC_STREAM *stream)
         stream->java = static_cast<TLCJ_STATE *>(SH_NameAllocate(sizeof(TLCJ_STATE), "TLCJ:STATE"));
         stream->java->classes = HS_NewDomain();
         stream->java->taken = HS_NewDomain();
+        stream->java->fields = HS_NewDomain();
+        stream->java->given = HS_NewDomain();
         stream->java->is_open = true;
     }
     return stream->java;
 }
 
-static int32_t free_class(void *, const char *, intptr_t value)
+static int32_t free_text(void *, const char *, intptr_t value)
 {
     ST_Free(reinterpret_cast<char *>(value));
     return 1;
@@ -47,9 +49,13 @@ static int32_t free_class(void *, const char *, intptr_t value)
 void TLCJ_DropState(TLC_STREAM *stream)
 {
     if (stream->java == nullptr) return;
-    HS_AllNames(stream->java->classes, free_class, nullptr);
+    HS_AllNames(stream->java->classes, free_text, nullptr);
+    HS_AllNames(stream->java->given, free_text, nullptr);
     HS_DelDomain(stream->java->classes);
     HS_DelDomain(stream->java->taken);
+    HS_DelDomain(stream->java->fields);
+    HS_DelDomain(stream->java->given);
+    TLCJ_DropParents(stream->java);
     TLCG_DropSet(&stream->java->marked);
     SH_Free(stream->java);
     stream->java = nullptr;
@@ -312,8 +318,15 @@ static bool is_free(TLC_STREAM *stream, TLI_IDENTIFIER *identifier, const char *
     return true;
 }
 
+bool TLCJ_IsFree(TLC_STREAM *stream, TLI_IDENTIFIER *identifier, const char *name)
+{
+    return is_free(stream, identifier, name, std::strlen(name));
+}
+
 const char *TLCJ_OwnName(TLC_STREAM *stream, TLI_IDENTIFIER *identifier, char *buffer)
 {
+    const char *given = TLCJ_GivenName(stream, identifier);
+    if (given != nullptr) return ST_Copy(buffer, TLCJ_NAME_CAPACITY, given);
     const char *name = TLI_IdentifierName(identifier);
     const char *end = buffer + TLCJ_NAME_CAPACITY - 1; /* leaves room for a "_" */
     TLI_IDENTIFIER *outer = outer_function(identifier);

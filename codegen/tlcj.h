@@ -26,6 +26,8 @@ struct TLCJ_LOOP {
     TLCJ_LOOP *outer;
 };
 
+struct TLCJ_PARENT;
+
 /* Of one Java stream. */
 struct TLCJ_STATE {
     TLCG_SET marked;    /* variables of the function that others write through a reference,
@@ -46,6 +48,12 @@ struct TLCJ_STATE {
     int32_t names;        /* made so far in the function being written */
     const void *handler;  /* WHEN of which the handler is being written; null for none */
     int32_t handler_name; /* number in its label */
+    HS_DOMAIN *fields;    /* names that items of data sections have */
+    HS_DOMAIN *given;     /* items of which the own name was taken, to the names that they got */
+    bool has_given;       /* there are such */
+    int32_t numbered_items;
+    TLCJ_PARENT *parents; /* that are set when all items are constructed, in order */
+    TLCJ_PARENT *last_parent;
 };
 
 /** What the writers of a Java stream note; made with the first call. */
@@ -71,6 +79,34 @@ const char *TLCJ_Name(TLC_STREAM *stream, TLI_IDENTIFIER *identifier, char *buff
 
 /** The same without a class before it, as a declaration has it. */
 const char *TLCJ_OwnName(TLC_STREAM *stream, TLI_IDENTIFIER *identifier, char *buffer);
+
+/** Tells whether a name can be an identifier's as it is: no word of Java, no class in use. */
+bool TLCJ_IsFree(TLC_STREAM *stream, TLI_IDENTIFIER *identifier, const char *name);
+
+/** The name that an item of a data section got in place of its own, which was taken; else null. */
+const char *TLCJ_GivenName(TLC_STREAM *stream, TLI_IDENTIFIER *identifier);
+
+/** Notes an item of a data section before its field is declared, so that no two fields have one name. */
+void TLCJ_DeclareItem(TLC_STREAM *stream, TLI_IDENTIFIER *item);
+
+/**
+ * Writes a data section or an item of one as a value.
+ * @param stream Java stream
+ * @param identifier the section's or the item's
+ */
+void TLCJ_WriteItem(TLC_STREAM *stream, TLI_IDENTIFIER *identifier);
+
+/** Tells whether an item's parent is constructed behind it, so that there is nothing yet to set. */
+bool TLCJ_IsParentLate(TLC_STREAM *stream, TLI_IDENTIFIER *item, TLE_TERM *parent);
+
+/** Notes a parent that is late. */
+void TLCJ_NoteParent(TLC_STREAM *stream, TLI_IDENTIFIER *item, TLE_TERM *parent);
+
+/** Writes the statements that set the late parents, when all items have been constructed. */
+void TLCJ_WriteParents(TLC_STREAM *stream);
+
+/** Frees the notes of late parents. */
+void TLCJ_DropParents(TLCJ_STATE *state);
 
 /** How Java holds values of a type; null counts as a word. */
 TLCJ_KIND TLCJ_Kind(TLI_IDENTIFIER *type);

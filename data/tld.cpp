@@ -364,6 +364,7 @@ void TLD_JavaName(TLC_STREAM *stream, TLI_IDENTIFIER *identifier)
 void TLD_JavaField(TLC_STREAM *stream, const char *class_name, TLI_IDENTIFIER *identifier)
 {
     FILE *file = TLC_CFile(stream);
+    TLCJ_DeclareItem(stream, identifier);
     std::fprintf(file, "  public static %s ", class_name);
     TLD_JavaName(stream, identifier);
     std::fputs(";\n", file);

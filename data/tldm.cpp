@@ -4,12 +4,13 @@
 #include "data/tldm.h"
 #include "data/tldc.h"
 
+#include "codegen/tlcj.h"
+
 #include <cstdio>
 #include <iterator>
 
 #include <ostrum/sh.h>
 #include <ostrum/tlc.h>
-#include <ostrum/tlcj.h>
 #include <ostrum/tle.h>
 #include <ostrum/tlp.h>
 
@@ -113,6 +114,10 @@ static void write_parent(TLC_STREAM *stream, const TLDM_COMPONENT *component)
 {
     FILE *file = TLC_CFile(stream);
     if (component->parent == nullptr) return;
+    if (TLCJ_IsParentLate(stream, component->head.identifier, component->parent)) {
+        TLCJ_NoteParent(stream, component->head.identifier, component->parent);
+        return;
+    }
     std::fputs("    ", file);
     TLD_JavaName(stream, component->head.identifier);
     std::fputs(".setParent(", file);

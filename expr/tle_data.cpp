@@ -21,8 +21,7 @@ static void address_term(TLC_STREAM *stream, TLE_TERM *term)
     bool is_code = TLI_IdentifierClass(term->type) == TLI_FUNCTION ||
                    TLIT_TypeSubclass(nullptr, term->type) == TLIT_SUBCLASS_FUNCTION;
     if (!is_code && TLC_Target(stream) == TLC_TARGET_JAVA) {
-        char name[TLCJ_NAME_CAPACITY];
-        std::fputs(TLCJ_Name(stream, term->identifier, name), TLC_CFile(stream));
+        TLCJ_WriteItem(stream, term->identifier);
         return;
     }
     TLC_Symbol(stream, EXTERNAL, is_code ? TLIT_CodeType : term->type, term->identifier);

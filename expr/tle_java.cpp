@@ -156,8 +156,8 @@ static int32_t write_function(TLC_STREAM *stream, TLI_IDENTIFIER *type, TLI_IDEN
     FILE *file = stream->file;
     char name[TLCJ_NAME_CAPACITY];
     if (function != nullptr && type != nullptr &&
-        TLIT_TypeSubclass(nullptr, type) == TLIT_SUBCLASS_DATA) { /* the field of a data item */
-        std::fputs(TLCJ_Name(stream, function, name), file);
+        TLIT_TypeSubclass(nullptr, type) == TLIT_SUBCLASS_DATA) {
+        TLCJ_WriteItem(stream, function);
         return 1;
     }
     bool is_type = type != nullptr && TLIT_TypeSubclass(nullptr, type) == TLIT_SUBCLASS_FUNCTION &&

@@ -13,6 +13,14 @@ class components extends Diagnostic {
   public static Component PUMP;
   public static Varloc left;
   public static Varloc right;
+  public static Component VALVE;
+  public static Varloc VALVE_left;
+  public static Varloc VALVE_BLOCK;
+  public static Varloc named;
+  public static Varloc _4d;
+  public static Varloc _4_d;
+  public static Varloc VALVE__4_d;
+  public static Component BLOCK;
   /*
    * fix up static data
    */
@@ -26,6 +34,30 @@ class components extends Diagnostic {
     right.setParent(PUMP);
 
     PUMP.setParent(ENGINE);
+
+    VALVE = new Component((String) toll_item("MESSAGE", "VALVE_NAME"), 0);
+    VALVE_left = new Varloc((String) toll_item("MESSAGE", "VALVE_NAME"), (Data) toll_item("PARAMETER", "VALVE_LEFT"), 0);
+    VALVE_left.setParent(VALVE);
+
+    VALVE_BLOCK = new Varloc((String) toll_item("MESSAGE", "VALVE_NAME"), (Data) toll_item("PARAMETER", "VALVE_BLOCK"), 0);
+    VALVE_BLOCK.setParent(VALVE);
+
+    named = new Varloc((String) toll_item("MESSAGE", "VALVE_NAME"), (Data) toll_item("PARAMETER", "VALVE_NAMED"), 0);
+    named.setParent(VALVE);
+
+    _4d = new Varloc((String) toll_item("MESSAGE", "VALVE_NAME"), (Data) toll_item("PARAMETER", "VALVE_FOUR"), 0);
+    _4d.setParent(VALVE);
+
+    _4_d = new Varloc((String) toll_item("MESSAGE", "VALVE_NAME"), (Data) toll_item("PARAMETER", "VALVE_OTHER"), 0);
+    _4_d.setParent(VALVE);
+
+    VALVE__4_d = new Varloc((String) toll_item("MESSAGE", "VALVE_NAME"), (Data) toll_item("PARAMETER", "VALVE_THIRD"), 0);
+    VALVE__4_d.setParent(VALVE);
+
+    BLOCK = new Component((String) toll_item("MESSAGE", "BLOCK_NAME"), 0);
+    BLOCK.setParent(ENGINE);
+
+    VALVE.setParent(BLOCK);
 
   }
 
@@ -50,6 +82,30 @@ public static int attributes(
 {
 
     return part.getVARLOC(0).getATTRIBUTES();
+}
+
+public static Data left_of(
+  int is_valve
+)
+{
+
+    if (is_valve!=0)
+    {
+        return VALVE_left;
+    }
+    return left;
+}
+
+public static Data own(
+  int left
+)
+{
+
+    if (left==0)
+    {
+        return named;
+    }
+    return components.left;
 }
 
 }
