@@ -151,6 +151,8 @@ static void write_class(JAVA_OUTPUT *output)
         std::fputs("-- 'Java' Code generation\n", stdout);
     }
     write_data(output);
+    TLCJ_WriteLateConstants(stream, TLP_ModuleGlobals(module));
+    TLCJ_WriteLateConstants(stream, TLP_ModuleStatics(module));
     TLCJ_WriteExternals(stream, TLP_ModuleGlobals(module));
     TLCJ_WriteExternals(stream, TLP_ModuleStatics(module));
     output->context.skips_data = true;

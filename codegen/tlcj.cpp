@@ -57,6 +57,7 @@ void TLCJ_DropState(TLC_STREAM *stream)
     HS_DelDomain(stream->java->given);
     TLCJ_DropParents(stream->java);
     TLCG_DropSet(&stream->java->marked);
+    TLCG_DropSet(&stream->java->late);
     SH_Free(stream->java);
     stream->java = nullptr;
 }

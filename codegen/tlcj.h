@@ -48,6 +48,7 @@ struct TLCJ_STATE {
     int32_t names;        /* made so far in the function being written */
     const void *handler;  /* WHEN of which the handler is being written; null for none */
     int32_t handler_name; /* number in its label */
+    TLCG_SET late;        /* constants that are written behind the items of data */
     HS_DOMAIN *fields;    /* names that items of data sections have */
     HS_DOMAIN *given;     /* items of which the own name was taken, to the names that they got */
     bool has_given;       /* there are such */
@@ -95,6 +96,12 @@ void TLCJ_DeclareItem(TLC_STREAM *stream, TLI_IDENTIFIER *item);
  * @param identifier the section's or the item's
  */
 void TLCJ_WriteItem(TLC_STREAM *stream, TLI_IDENTIFIER *identifier);
+
+/** Tells whether an identifier is a data section or an item of one. */
+bool TLCJ_IsItem(TLI_IDENTIFIER *identifier);
+
+/** Writes the constants of a scope that name items of data, when these have been constructed. */
+void TLCJ_WriteLateConstants(TLC_STREAM *stream, TLI_SCOPE *scope);
 
 /** Tells whether an item's parent is constructed behind it, so that there is nothing yet to set. */
 bool TLCJ_IsParentLate(TLC_STREAM *stream, TLI_IDENTIFIER *item, TLE_TERM *parent);

@@ -331,6 +331,29 @@ void TLCJ_WriteLocalTypes(TLC_STREAM *stream, TLI_SCOPE *scope)
 
 /* ---- Scopes ---- */
 
+static bool names_item(const TLCG_SET &late, const TLE_TERM *links)
+{
+    for (; links != nullptr; links = links->right) {
+        const TLE_TERM *value = links->left;
+        if (value == nullptr) continue;
+        if (value->kind == TLT_TOKEN_LINK && names_item(late, value)) return true;
+        if (value->kind == TLE_ADDRESS && TLCJ_IsItem(value->identifier)) return true;
+        if (value->kind == TLT_TOKEN_IDENTIFIER && TLCG_IsInSet(late, value->identifier))
+            return true;
+    }
+    return false;
+}
+
+/* What names an item of data, itself or through another table, is written behind the items. */
+static bool is_late(TLC_STREAM *stream, TLI_IDENTIFIER *constant)
+{
+    if (is_frame(TLI_IdentifierScope(constant))) return false;
+    TLCG_SET *late = &TLCJ_State(stream)->late;
+    if (!names_item(*late, reinterpret_cast<TLIC_CONSTANT *>(constant)->values)) return false;
+    TLCG_AddToSet(late, constant);
+    return true;
+}
+
 static void write_constants(TLC_STREAM *stream, const TLI_LIST &list)
 {
     for (size_t at = list.count; at > 0; --at) {
@@ -338,9 +361,20 @@ static void write_constants(TLC_STREAM *stream, const TLI_LIST &list)
         if (subclass_of(identifier) == TLIT_SUBCLASS_ENUMERATION) {
             write_enumeration(stream, identifier);
         } else if (TLI_IdentifierClass(identifier) == TLI_CONSTANT) {
-            write_constant(stream, identifier);
+            if (!is_late(stream, identifier)) write_constant(stream, identifier);
         }
     }
+}
+
+void TLCJ_WriteLateConstants(TLC_STREAM *stream, TLI_SCOPE *scope)
+{
+    const TLCG_SET &late = TLCJ_State(stream)->late;
+    if (late.count == 0) return;
+    TLI_LIST list = TLI_ListIdentifiers(scope);
+    for (size_t at = list.count; at > 0; --at) {
+        if (TLCG_IsInSet(late, list.names[at - 1])) write_constant(stream, list.names[at - 1]);
+    }
+    SH_Free(list.names);
 }
 
 void TLCJ_WriteScopeIdentifiers(TLC_STREAM *stream, TLI_SCOPE *scope)

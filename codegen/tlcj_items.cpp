@@ -34,6 +34,12 @@ static TLI_IDENTIFIER *section_of(TLI_IDENTIFIER *identifier)
     return scope == nullptr ? nullptr : scope->identifier;
 }
 
+bool TLCJ_IsItem(TLI_IDENTIFIER *identifier)
+{
+    if (identifier == nullptr) return false;
+    return TLCC_IsItem(identifier) || section_of(identifier) != nullptr;
+}
+
 /* What no two items of a module have in common; neither name holds a line end. */
 static const char *key_of(TLI_IDENTIFIER *section, TLI_IDENTIFIER *item, char *buffer)
 {

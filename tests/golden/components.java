@@ -61,6 +61,8 @@ class components extends Diagnostic {
 
   }
 
+  public static final Data PLACES[] = { left, VALVE_left, (Data) toll_item("VARLOC", "OTHER_PLACE") };
+  public static final Data MAIN_PART = PUMP;
 
 public static String named(
 )
@@ -106,6 +108,21 @@ public static Data own(
         return named;
     }
     return components.left;
+}
+
+public static Data listed(
+  int number
+)
+{
+
+    return PLACES[number];
+}
+
+public static Data main_part(
+)
+{
+
+    return PUMP;
 }
 
 }
