@@ -207,29 +207,39 @@ void TLD_CheckTerm(TLS_STATEMENT *item, const TLE_TERM *term, const char *name)
 
 /*
  * A record holds numbers themselves, so that a data literal whose number only the linker knows is no
- * constant here. Any other value is the term.
+ * constant here.
  */
-static bool is_usable(const TLE_TERM *term, TLI_IDENTIFIER *type, intptr_t value)
+static bool is_usable(const TLE_TERM *term, TLI_IDENTIFIER *base)
 {
     int32_t number = 0;
-    if (TLIT_IntegerType(TLIT_TypeBaseType(nullptr, type))) return TLE_Constant(term, &number) != 0;
-    return value == reinterpret_cast<intptr_t>(term);
+    return !TLIT_IntegerType(base) || TLE_Constant(term, &number);
+}
+
+/* Gives the value away, and with it the term if that is the value; a text outlives its term. */
+static intptr_t release_value(TLE_TERM *term, TLI_IDENTIFIER *base, intptr_t value)
+{
+    if (value == reinterpret_cast<intptr_t>(term)) return value;
+    if (base == TLIT_StringType && value != 0) {
+        value = reinterpret_cast<intptr_t>(ST_Allocate(reinterpret_cast<const char *>(value)));
+    }
+    TLE_DelExpression(term);
+    return value;
 }
 
 int32_t TLD_ExpectConstant(TLS_BLOCK *block, TLT_STATEMENT *statement, TLI_IDENTIFIER *type,
                            intptr_t *value, int32_t quiet)
 {
     intptr_t found = 0;
+    TLI_IDENTIFIER *base = TLIT_TypeBaseType(nullptr, type);
     TLE_TERM *term =
         TLE_ParseExpression(block->module, statement, TLE_USE_CONSTANT, TLT_TOKEN_NONE);
     if (!TLE_ConstantValue(block->module, statement, term, type, &found, quiet) ||
-        !is_usable(term, type, found)) {
+        !is_usable(term, base)) {
         TLE_DelExpression(term);
         TLT_Error(statement, "CONSTANT expected here");
         return 0;
     }
-    if (found != reinterpret_cast<intptr_t>(term)) TLE_DelExpression(term);
-    *value = found;
+    *value = release_value(term, base, found);
     return 1;
 }
 

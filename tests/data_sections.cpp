@@ -168,6 +168,26 @@ TEST(DataSections, ValuesOfAttributesAreChecked)
     }
 }
 
+TEST(DataSections, ConstantsOfEveryKindHaveAValue)
+{
+    const auto read = [](const char *text, TLI_IDENTIFIER *type, intptr_t *value) {
+        OpenSection section(text);
+        const int32_t result = TLD_ExpectConstant(section.root, section.statement, type, value, 0);
+        EXPECT_EQ(section.source.messages, "") << text;
+        return result;
+    };
+    TLP_Initialise();
+    intptr_t value = 77;
+    EXPECT_EQ(read("NULL", TLIT_StringType, &value), 1);
+    EXPECT_EQ(value, 0);
+    EXPECT_EQ(read("3V", TLIT_WordType, &value), 1);
+    EXPECT_EQ(value, 3000);
+    EXPECT_EQ(read("\"engine\"", TLIT_StringType, &value), 1);
+    char *text = reinterpret_cast<char *>(value);
+    EXPECT_STREQ(text, "engine");
+    ST_Free(text);
+}
+
 TEST(DataSections, EnumeratedWordsAreOred)
 {
     const TLD_ATTRIBUTE words[] = {

@@ -131,7 +131,8 @@ OSTRUM_API TLI_IDENTIFIER *TLD_ExpectIdentifier(TLS_BLOCK *block, TLT_STATEMENT 
  * @param block a block of the section
  * @param statement the statement
  * @param type type wanted; null fails
- * @param value out: the number, for a type that is one; else a TLE_TERM that the caller deletes
+ * @param value out: the number, for a type that is one; the text, for STRING, which the caller frees
+ *        with ST_Free, or 0 for NULL; else a TLE_TERM that the caller deletes
  * @param quiet not 0: no warning for a STRING that stands as a MESSAGE
  * @return 1 and the value; 0 after a message, and then value is left alone
  */
