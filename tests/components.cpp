@@ -69,6 +69,20 @@ TEST(Components, AModuleIsGeneratedAnyNumberOfTimes)
     }
 }
 
+TEST(Components, ASectionIsParsedAgainByItself)
+{
+    CompiledSource source(section(" VARLOC left Location = {A}\n" + std::string(title)) +
+                          "FUNCTION VARLOC F()\nBEGIN\n RETURN PUMP.left\nEND\n");
+    for (const char *name : { "PUMP", "F" }) {
+        TLP_SECTION *again = TLP_FindSection(source.module, name);
+        TLP_DelSectionIdentifier(source.module, again);
+        EXPECT_EQ(source.find("PUMP.left") == nullptr, std::string(name) == "PUMP");
+        TLP_ParseSection(source.module, again);
+    }
+    EXPECT_EQ(source.messages, "");
+    EXPECT_EQ(source.body("F"), "LCA 1:M.left/VARLOC RET STOP");
+}
+
 TEST(Components, Messages)
 {
     const struct {
