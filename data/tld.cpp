@@ -387,3 +387,13 @@ void TLD_JavaNew(TLC_STREAM *stream, const char *class_name, TLI_IDENTIFIER *ide
     TLD_JavaName(stream, identifier);
     std::fprintf(file, " = new %s(", class_name);
 }
+
+void TLD_JavaPlainItem(TLC_STREAM *stream, const char *class_name, TLI_IDENTIFIER *identifier)
+{
+    if (TLD_JavaDeclares(stream)) {
+        TLD_JavaField(stream, class_name, identifier);
+        return;
+    }
+    TLD_JavaNew(stream, class_name, identifier);
+    std::fputs(");\n", TLC_CFile(stream));
+}

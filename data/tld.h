@@ -134,5 +134,11 @@ void TLD_JavaField(TLC_STREAM *stream, const char *class_name, TLI_IDENTIFIER *i
  */
 void TLD_JavaNew(TLC_STREAM *stream, const char *class_name, TLI_IDENTIFIER *identifier);
 
+/**
+ * Writes an item, in either pass, of which nothing reaches Java but its name: a program sets the
+ * attributes of the object.
+ */
+void TLD_JavaPlainItem(TLC_STREAM *stream, const char *class_name, TLI_IDENTIFIER *identifier);
+
 /** Opens the record of a main item: the function's symbol, and a section for the bytes. */
 void TLD_OpenRecord(TLC_STREAM *stream, TLS_STATEMENT *item);

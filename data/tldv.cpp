@@ -6,7 +6,6 @@
 
 #include "core/sh.h"
 
-#include <cstdio>
 #include <iterator>
 
 #include <ostrum/tlc.h>
@@ -320,16 +319,9 @@ static void generate_converter(TLS_BLOCK *, TLC_STREAM *stream, TLS_STATEMENT *i
     add_maps(stream, converter);
 }
 
-/* No field of it reaches Java: a program sets the attributes of the object. */
 static void converter_java(TLS_BLOCK *, TLC_STREAM *stream, TLS_STATEMENT *item)
 {
-    TLI_IDENTIFIER *identifier = TLD_AsSection(item)->identifier;
-    if (TLD_JavaDeclares(stream)) {
-        TLD_JavaField(stream, "Converter", identifier);
-        return;
-    }
-    TLD_JavaNew(stream, "Converter", identifier);
-    std::fputs(");\n", TLC_CFile(stream));
+    TLD_JavaPlainItem(stream, "Converter", TLD_AsSection(item)->identifier);
 }
 
 static void delete_states(TLDV_STATE *state)

@@ -3,8 +3,6 @@
  */
 #include "data/tldw.h"
 
-#include <cstdio>
-
 #include <ostrum/sh.h>
 #include <ostrum/tlc.h>
 #include <ostrum/tlit.h>
@@ -74,16 +72,9 @@ static void generate_waveform(TLS_BLOCK *, TLC_STREAM *stream, TLS_STATEMENT *it
         TLC_Code8(stream, waveform->samples[i]);
 }
 
-/* No field of it reaches Java: a program sets the attributes of the object. */
 static void waveform_java(TLS_BLOCK *, TLC_STREAM *stream, TLS_STATEMENT *item)
 {
-    TLI_IDENTIFIER *identifier = TLD_AsSection(item)->identifier;
-    if (TLD_JavaDeclares(stream)) {
-        TLD_JavaField(stream, "Waveform", identifier);
-        return;
-    }
-    TLD_JavaNew(stream, "Waveform", identifier);
-    std::fputs(");\n", TLC_CFile(stream));
+    TLD_JavaPlainItem(stream, "Waveform", TLD_AsSection(item)->identifier);
 }
 
 static void delete_waveform(TLS_STATEMENT *item)

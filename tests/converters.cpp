@@ -155,14 +155,16 @@ TEST(Converters, TheLowestInputIsAPoint)
 
 TEST(Converters, CountsOfStatesAndPointsHaveALimit)
 {
-    for (const int count : { 65535, 65536 }) {
-        CompiledSource source(section("CONVERTER", samples(count, "MAP 1, 2")));
-        EXPECT_EQ(source.messages, "");
-        TLC_STREAM *stream = TLC_NewStream(source.module, 0);
-        source.generate(stream, "X");
-        EXPECT_EQ(source.messages, count == 65535 ? "" : "0 4 Converter too large\n");
-        TLI_SetPSect(source.find("X"), nullptr);
-        TLC_DelStream(stream);
+    for (const char *item : { "MAP 1, 2", "STATE NULL, 1, 2" }) {
+        for (const int count : { 65535, 65536 }) {
+            CompiledSource source(section("CONVERTER", samples(count, item)));
+            EXPECT_EQ(source.messages, "");
+            TLC_STREAM *stream = TLC_NewStream(source.module, 0);
+            source.generate(stream, "X");
+            EXPECT_EQ(source.messages, count == 65535 ? "" : "0 4 Converter too large\n") << item;
+            TLI_SetPSect(source.find("X"), nullptr);
+            TLC_DelStream(stream);
+        }
     }
 }
 
