@@ -160,3 +160,15 @@ TEST(Components, JavaNamesItemsAsValues)
                           "FUNCTION VARLOC F()\nBEGIN\n RETURN PUMP.left\nEND\n");
     EXPECT_EQ(source.text("F", TLC_TARGET_JAVA), " return left;\n");
 }
+
+// Help screens have no class in Java, and a section without a body no field.
+TEST(Components, JavaLooksUpWhatHasNoField)
+{
+    CompiledSource source("PRIVATE\nFORWARD DATA HELPSCREEN HELP\nFORWARD DATA COMPONENT NEVER\n"
+                          "FUNCTION HELPSCREEN F()\nBEGIN\n RETURN HELP\nEND\n"
+                          "FUNCTION COMPONENT G()\nBEGIN\n RETURN NEVER\nEND\n");
+    EXPECT_EQ(source.text("F", TLC_TARGET_JAVA),
+              " return (Data) toll_item(\"HELPSCREEN\", \"M.HELP\");\n");
+    EXPECT_EQ(source.text("G", TLC_TARGET_JAVA),
+              " return (Data) toll_item(\"COMPONENT\", \"M.NEVER\");\n");
+}
