@@ -77,8 +77,16 @@ struct TLC_ARENA {
     uint8_t *end;
 };
 
+/* A loop in C's own form whose variable has less than a word, while its body is written. */
+struct TLC_LOOP {
+    const TLI_IDENTIFIER *variable;
+    bool is_changed; /* the body stores in the variable */
+    TLC_LOOP *outer;
+};
+
 /* What the writers of C text note between one another. */
 struct TLC_TEXT {
+    TLC_LOOP *loops;           /* innermost first */
     const TLI_SCOPE *frame;    /* of the function being written; null for none */
     int32_t temporaries;       /* made so far in the function being written */
     int32_t indent;            /* of the statement being written */

@@ -84,6 +84,20 @@ static bool is_own_variable(TLI_IDENTIFIER *identifier)
     return TLIV_ArgumentPassType(identifier) == TLIV_BY_VALUE;
 }
 
+bool TLE_IsOwnInC(const TLE_TERM *place)
+{
+    return place->kind == TLT_TOKEN_IDENTIFIER && place->left == nullptr &&
+           place->identifier != nullptr && is_own_variable(place->identifier);
+}
+
+void TLE_NoteStoreInC(TLC_STREAM *stream, const TLE_TERM *place)
+{
+    if (place == nullptr || place->kind != TLT_TOKEN_IDENTIFIER) return;
+    for (TLC_LOOP *loop = stream->text.loops; loop != nullptr; loop = loop->outer) {
+        if (loop->variable == place->identifier) loop->is_changed = true;
+    }
+}
+
 static uint32_t scan_identifier(const TLC_STREAM *stream, const TLE_TERM *term)
 {
     if (term->identifier == nullptr) return 0;
@@ -444,10 +458,22 @@ static bool is_signed_comparison(const TLE_TERM *term)
     return is_wide(left) || is_wide(right);
 }
 
+static bool is_float(const TLE_TERM *term)
+{
+    return term != nullptr && TLB_HasBase(term->type, TLIT_FloatType);
+}
+
 static FORM comparison_form(const TLE_TERM *term)
 {
     if (term->extra != 0) return COMPARE;
-    return is_signed_comparison(term) ? SIGNED : PLAIN;
+    const bool has_float = is_float(term->left) || is_float(term->right);
+    return has_float || is_signed_comparison(term) ? SIGNED : PLAIN;
+}
+
+/* Comparisons are those of words with a sign; FLOATs are no exception. */
+static const char *signed_word(const TLE_TERM *operand)
+{
+    return is_float(operand) ? "toll_word_of_float(" : "(INT) (";
 }
 
 static FORM form_of(const TLE_TERM *term)
@@ -603,7 +629,7 @@ static void open_operator(TLC_STREAM *stream, const TLE_TERM *term, bool is_unsi
         std::fputs("toll_compare(", file);
         break;
     case SIGNED:
-        std::fputs("(INT) (", file);
+        std::fputs(signed_word(term->left), file);
         break;
     default:
         break;
@@ -630,7 +656,7 @@ static int32_t close_operator(TLC_STREAM *stream, TLE_TERM *term, bool is_unsign
     if (form == SIGNED) std::fputs(")", stream->file);
     if (is_checked_pointer(term)) std::fputs("))", stream->file);
     std::fputs(TLE_COperator(term), stream->file);
-    if (form == SIGNED) std::fputs("(INT) (", stream->file);
+    if (form == SIGNED) std::fputs(signed_word(term->right), stream->file);
     C_PLACE place = {
         .outer = term, .is_right = true, .is_unsigned = form == WRAP, .is_chained = false
     };
@@ -838,6 +864,7 @@ static int32_t write_source(TLC_STREAM *stream, TLE_TERM *term)
 
 static int32_t write_target(TLC_STREAM *stream, TLE_TERM *term)
 {
+    TLE_NoteStoreInC(stream, term->left);
     int32_t written = TLE_TermCode(stream, term->left, TLE_MODE_VALUE);
     std::fputs("=", stream->file);
     return written;

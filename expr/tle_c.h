@@ -73,6 +73,12 @@ bool TLE_NeedsPreparation(const TLC_STREAM *stream, const TLE_TERM *term);
 /** Tells whether a pointer can be null, and is to be checked before it is followed. */
 bool TLE_MayBeNull(const TLE_TERM *pointer);
 
+/** Tells whether a place is a variable that no other function can change. */
+bool TLE_IsOwnInC(const TLE_TERM *place);
+
+/** Tells the loops being written that something is stored in a place, or may be by who gets its address. */
+void TLE_NoteStoreInC(TLC_STREAM *stream, const TLE_TERM *place);
+
 /** Tells whether a place is reached through anything but names. */
 bool TLE_NeedsOrder(const TLE_TERM *place);
 

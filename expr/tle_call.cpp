@@ -27,6 +27,7 @@ static int32_t reference_code(TLC_STREAM *stream, TLI_IDENTIFIER *formal, TLE_TE
     if (is_dimensioned(formal)) return TLE_TermCode(stream, link->left, TLE_MODE_EXTENT);
     bool is_pointer = link->extra == TLE_PASS_POINTER;
     bool is_c = TLC_Target(stream) == TLC_TARGET_C;
+    if (is_c) TLE_NoteStoreInC(stream, link->left);
     if (is_pointer && is_c && TLE_MayBeNull(link->left)) {
         std::fputs("toll_pointer(", TLC_CFile(stream));
         int32_t done = TLE_TermCode(stream, link->left, TLE_MODE_VALUE);

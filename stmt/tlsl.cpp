@@ -262,6 +262,36 @@ bool TLSL_ForIsGenerable(const TLSL_FOR *record)
            record->limit != nullptr;
 }
 
+/* The highest value that an item of a type can take without being cut. */
+static int64_t highest_value(TLI_IDENTIFIER *type)
+{
+    if (type == TLIT_CharType || TLIT_IsEnumeration(type)) return UINT8_MAX;
+    return type == TLIT_ShortType ? INT16_MAX : INT32_MAX;
+}
+
+bool TLSL_IsNarrow(const TLSL_FOR *record)
+{
+    return highest_value(TLE_ExpressionType(record->variable)) != INT32_MAX;
+}
+
+bool TLSL_HasLiteralStart(const TLSL_FOR *record)
+{
+    TLI_IDENTIFIER *type = TLE_ExpressionType(record->variable);
+    int32_t start = 0;
+    if (!TLE_Constant(record->start, &start)) return false;
+    return start <= highest_value(type) && start >= (type == TLIT_ShortType ? INT16_MIN : 0);
+}
+
+bool TLSL_HasLiteralBounds(const TLSL_FOR *record)
+{
+    int32_t limit = 0;
+    int32_t step = 1;
+    if (!TLE_Constant(record->limit, &limit)) return false;
+    if (record->step != nullptr && !TLE_Constant(record->step, &step)) return false;
+    return static_cast<int64_t>(limit) + step <=
+           highest_value(TLE_ExpressionType(record->variable));
+}
+
 static void push_step(TLC_STREAM *stream, const TLSL_FOR *loop)
 {
     if (loop->step == nullptr) {

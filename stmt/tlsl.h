@@ -22,6 +22,9 @@ struct TLSL_FOR {
     TLE_TERM *limit;    /* owned */
     TLE_TERM *step;     /* owned; null also stands for 1 */
     TLS_BLOCK *body;    /* owned */
+    /* The body stores in the variable: found by the writer of C text, for a variable that has less than
+       a word. */
+    bool is_changed;
 };
 
 /* Static tables of the kinds. */
@@ -36,3 +39,16 @@ void TLSL_ForJavaText(TLS_BLOCK *block, TLC_STREAM *stream, TLS_STATEMENT *recor
 
 /** @param record FOR @return whether code can be written for it: see TLS_Generable */
 bool TLSL_ForIsGenerable(const TLSL_FOR *record);
+
+/** @param record FOR @return whether its variable has less than a word */
+bool TLSL_IsNarrow(const TLSL_FOR *record);
+
+/** @param record FOR @return whether it starts at a literal that its variable has room for */
+bool TLSL_HasLiteralStart(const TLSL_FOR *record);
+
+/**
+ * Tells whether limit and step are literals, and the variable has room for what is held against the
+ * limit last.
+ * @param record FOR
+ */
+bool TLSL_HasLiteralBounds(const TLSL_FOR *record);

@@ -40,30 +40,12 @@ static void write_value(TLC_STREAM *stream, TLE_TERM *term)
     TLE_ExpressionCode(stream, term, TLE_MODE_VALUE);
 }
 
-/* The values that the variable of a loop can take without being cut. */
-static int64_t highest_value(TLI_IDENTIFIER *type)
-{
-    bool is_enumeration = TLIT_TypeSubclass(nullptr, type) == TLIT_SUBCLASS_ENUMERATION;
-    if (type == TLIT_CharType || is_enumeration) return UINT8_MAX;
-    return type == TLIT_ShortType ? INT16_MAX : INT32_MAX;
-}
-
-static bool is_narrow(const TLSL_FOR *loop)
-{
-    return highest_value(loop->variable->type) != INT32_MAX;
-}
-
 /* Does a variable never leave the values from the start of the loop to its limit? */
 static bool stays_within(TLC_STREAM *stream, const TLSL_FOR *loop)
 {
-    TLI_IDENTIFIER *type = loop->variable->type;
-    int64_t highest = highest_value(type);
-    int32_t start = 0;
-    if (!is_narrow(loop)) return true;
+    if (!TLSL_IsNarrow(loop)) return true;
     if (!TLE_IsOwnVariable(stream, loop->variable->identifier)) return false;
-    if (TLCG_IsInSet(TLCJ_State(stream)->marked, loop)) return false;
-    if (!TLE_Constant(loop->start, &start)) return false;
-    return start <= highest && start >= (type == TLIT_ShortType ? INT16_MIN : 0);
+    return !TLCG_IsInSet(TLCJ_State(stream)->marked, loop) && TLSL_HasLiteralStart(loop);
 }
 
 /*
@@ -72,12 +54,8 @@ static bool stays_within(TLC_STREAM *stream, const TLSL_FOR *loop)
  */
 static bool is_plain(TLC_STREAM *stream, const TLSL_FOR *loop)
 {
-    int32_t limit = 0;
-    int32_t step = 1;
-    if (!TLE_Constant(loop->limit, &limit)) return false;
-    if (loop->step != nullptr && !TLE_Constant(loop->step, &step)) return false;
-    if (!TLE_IsJavaVariable(loop->variable) || !stays_within(stream, loop)) return false;
-    return static_cast<int64_t>(limit) + step <= highest_value(loop->variable->type);
+    return TLSL_HasLiteralBounds(loop) && TLE_IsJavaVariable(loop->variable) &&
+           stays_within(stream, loop);
 }
 
 static void write_plain(TLC_STREAM *stream, const TLS_BLOCK *block, const TLSL_FOR *loop)
@@ -154,7 +132,7 @@ void TLSL_ForJavaText(TLS_BLOCK *block, TLC_STREAM *stream, TLS_STATEMENT *recor
     if (!is_plain(stream, loop)) {
         write_full(stream, block, loop);
         write_body(stream, loop->body);
-    } else if (is_narrow(loop)) {
+    } else if (TLSL_IsNarrow(loop)) {
         write_plain(stream, block, loop);
         write_watched_body(stream, loop);
     } else {

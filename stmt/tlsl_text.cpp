@@ -7,8 +7,8 @@
 
 #include "codegen/tlc.h"
 #include "expr/tle.h"
+#include "names/tlit.h"
 #include "stmt/tls_text.h"
-#include <ostrum/tlit.h>
 #include <ostrum/tlt.h>
 
 void TLSL_WhileText(TLS_BLOCK *block, TLC_STREAM *stream, TLS_STATEMENT *record)
@@ -31,43 +31,18 @@ static void write_value(TLC_STREAM *stream, TLE_TERM *term)
     TLE_ExpressionCode(stream, term, 0);
 }
 
-static bool is_enumeration(TLI_IDENTIFIER *type)
-{
-    return TLIT_TypeSubclass(nullptr, type) == TLIT_SUBCLASS_ENUMERATION;
-}
-
-/* The values that the variable of a loop can take without being cut. */
-static int64_t highest_value(TLI_IDENTIFIER *type)
-{
-    if (type == TLIT_CharType || is_enumeration(type)) return UINT8_MAX;
-    return type == TLIT_ShortType ? INT16_MAX : INT32_MAX;
-}
-
-static bool takes_start(const TLSL_FOR *loop)
-{
-    TLI_IDENTIFIER *type = loop->variable->type;
-    int64_t highest = highest_value(type);
-    int32_t start = 0;
-    if (highest == INT32_MAX) return true;
-    if (!TLE_Constant(loop->start, &start)) return false;
-    return start <= highest && start >= (type == TLIT_ShortType ? INT16_MIN : 0);
-}
-
 /*
  * The limit and the step of a loop are worked out once, and what is held against the limit is not
  * cut to the size of the variable. With literals, C's own loop does the same.
  */
 static bool is_plain(const TLSL_FOR *loop)
 {
-    int32_t limit = 0;
-    int32_t step = 1;
-    if (!TLE_Constant(loop->limit, &limit)) return false;
-    if (loop->step != nullptr && !TLE_Constant(loop->step, &step)) return false;
-    if (TLE_NeedsOrder(loop->variable) || !takes_start(loop)) return false;
-    return static_cast<int64_t>(limit) + step <= highest_value(loop->variable->type);
+    if (!TLSL_HasLiteralBounds(loop)) return false;
+    if (!TLSL_IsNarrow(loop)) return !TLE_NeedsOrder(loop->variable);
+    return TLE_IsOwnInC(loop->variable) && TLSL_HasLiteralStart(loop) && !loop->is_changed;
 }
 
-static void write_plain(TLC_STREAM *stream, const TLS_BLOCK *block, const TLSL_FOR *loop)
+static void write_plain_head(TLC_STREAM *stream, const TLS_BLOCK *block, const TLSL_FOR *loop)
 {
     FILE *file = TLC_CFile(stream);
     TLS_WriteIndent(stream, block);
@@ -94,7 +69,7 @@ static void write_plain(TLC_STREAM *stream, const TLS_BLOCK *block, const TLSL_F
 static void write_store(TLC_STREAM *stream, const TLSL_FOR *loop, int32_t value)
 {
     write_value(stream, loop->variable);
-    bool is_byte = is_enumeration(loop->variable->type);
+    bool is_byte = TLIT_IsEnumeration(loop->variable->type);
     std::fprintf(TLC_CFile(stream), is_byte ? "=toll_byte(toll_%d)" : "=toll_%d", value);
 }
 
@@ -116,8 +91,8 @@ static void write_start(TLC_STREAM *stream, const TLSL_FOR *loop, int32_t limit)
 }
 
 /* The variables of the loop: its limit, its step and its present value. */
-static void write_full(TLC_STREAM *stream, const TLS_BLOCK *block, const TLSL_FOR *loop,
-                       int32_t limit)
+static void write_full_head(TLC_STREAM *stream, const TLS_BLOCK *block, const TLSL_FOR *loop,
+                            int32_t limit)
 {
     FILE *file = TLC_CFile(stream);
     TLS_WriteIndent(stream, block);
@@ -130,20 +105,65 @@ static void write_full(TLC_STREAM *stream, const TLS_BLOCK *block, const TLSL_FO
     std::fputs(")\n", file);
 }
 
+static void write_plain(TLS_BLOCK *block, TLC_STREAM *stream, const TLSL_FOR *loop)
+{
+    TLE_TERM *terms[] = { loop->variable, loop->start, loop->variable, loop->variable };
+    TLE_PrepareText(stream, block->indent, terms, 4);
+    write_plain_head(stream, block, loop);
+    TLS_OneBlockCCode(stream, loop->body);
+}
+
+static void write_full(TLS_BLOCK *block, TLC_STREAM *stream, const TLSL_FOR *loop)
+{
+    int32_t limit = TLE_DeclareTemporaries(stream, block->indent, 3);
+    TLE_TERM *terms[] = { loop->limit,    loop->step,     loop->start,
+                          loop->variable, loop->variable, loop->variable };
+    TLE_PrepareText(stream, block->indent, terms, 6);
+    write_full_head(stream, block, loop, limit);
+    TLS_OneBlockCCode(stream, loop->body);
+}
+
+/* Notes whether the body changes the variable while it is written. */
+static void write_watched(TLS_BLOCK *block, TLC_STREAM *stream, TLSL_FOR *loop)
+{
+    TLC_LOOP watched = { .variable = loop->variable->identifier,
+                         .is_changed = false,
+                         .outer = stream->text.loops };
+    stream->text.loops = &watched;
+    write_plain(block, stream, loop);
+    stream->text.loops = watched.outer;
+    loop->is_changed = watched.is_changed;
+}
+
+/* What a body does shows when it has been written. The loop is then written over it: it is longer so. */
+static void write_narrow(TLS_BLOCK *block, TLC_STREAM *stream, TLSL_FOR *loop)
+{
+    const TLC_TEXT before = stream->text;
+    const int32_t errors = stream->text_errors;
+    const long start = std::ftell(stream->file);
+    write_watched(block, stream, loop);
+    if (!loop->is_changed) return;
+    if (start < 0 || std::fseek(stream->file, start, SEEK_SET) != 0) {
+        TLC_Error(stream, "Output cannot be written anew");
+        return;
+    }
+    FILE *scratch = stream->text.scratch;
+    stream->text = before;
+    stream->text.scratch = scratch;
+    TLC_SetTextErrors(stream, errors);
+    write_full(block, stream, loop);
+}
+
 void TLSL_ForCText(TLS_BLOCK *block, TLC_STREAM *stream, TLS_STATEMENT *record)
 {
-    const auto *loop = reinterpret_cast<TLSL_FOR *>(record);
+    auto *loop = reinterpret_cast<TLSL_FOR *>(record);
     if (!TLSL_ForIsGenerable(loop)) return;
-    if (is_plain(loop)) {
-        TLE_TERM *terms[] = { loop->variable, loop->start, loop->variable, loop->variable };
-        TLE_PrepareText(stream, block->indent, terms, 4);
-        write_plain(stream, block, loop);
+    TLE_NoteStoreInC(stream, loop->variable);
+    if (!is_plain(loop)) {
+        write_full(block, stream, loop);
+    } else if (TLSL_IsNarrow(loop)) {
+        write_narrow(block, stream, loop);
     } else {
-        int32_t limit = TLE_DeclareTemporaries(stream, block->indent, 3);
-        TLE_TERM *terms[] = { loop->limit,    loop->step,     loop->start,
-                              loop->variable, loop->variable, loop->variable };
-        TLE_PrepareText(stream, block->indent, terms, 6);
-        write_full(stream, block, loop, limit);
+        write_plain(block, stream, loop);
     }
-    TLS_OneBlockCCode(stream, loop->body);
 }
