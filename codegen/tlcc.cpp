@@ -157,7 +157,7 @@ const char *TLCC_Name(TLI_IDENTIFIER *identifier, char *buffer)
 
 const char *TLCC_ItemName(TLI_IDENTIFIER *type, const char *name, char *buffer)
 {
-    std::snprintf(buffer, TLCC_NAME_CAPACITY, "%s_%s", TLI_IdentifierName(type), name);
+    ST_Concat(buffer, TLCC_NAME_CAPACITY, TLI_IdentifierName(type), "_", name, nullptr);
     return TLCC_Characters(buffer);
 }
 
