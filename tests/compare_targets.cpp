@@ -167,12 +167,11 @@ void complain(const Program &program, const std::string &text)
 
 // All modules of a program; false after a complaint.
 bool compile_all(const Program &program, const std::vector<std::string> &paths,
-                 const std::string &folder, uint32_t outputs, targets::Job *job)
+                 const std::string &folder, targets::Options options, targets::Job *job)
 {
     std::filesystem::create_directories(folder);
     for (const std::string &path : paths) {
-        const bool is_first = path == paths.front();
-        const targets::Options options{ outputs, is_first ? program.source.read_mode : 2 };
+        options.read_mode = path == paths.front() ? program.source.read_mode : 2;
         job->modules.push_back(targets::compile(path, folder, options));
         const std::string &problems = job->modules.back().problems;
         if (problems.empty()) continue;
@@ -261,7 +260,7 @@ void check_c(const Program &program, const targets::Job &whole, const std::strin
     std::vector<std::string> paths;
     const Names left_out = reduce(program, whole, folder, &paths);
     targets::Job job;
-    if (!compile_all(program, paths, folder, targets::C, &job)) {
+    if (!compile_all(program, paths, folder, { .outputs = targets::C }, &job)) {
         ++counts->failed;
         return;
     }
@@ -325,6 +324,20 @@ void check_evaluator(const Program &program, targets::Job *job, Counts *counts)
     compare(program, "P-code", program.source.runs, outcomes, counts);
 }
 
+// Without lines and checks too, P-code is sound.
+void check_plain(const Program &program, Counts *counts)
+{
+    targets::Job job;
+    std::string problem;
+    const targets::Options options{ .outputs = targets::P_CODE, .flags = 0 };
+    if (compile_all(program, program.paths, program.folder + "/plain", options, &job)) {
+        targets::run_evaluator(job, &problem);
+        if (problem.empty()) return;
+        complain(program, problem);
+    }
+    ++counts->failed;
+}
+
 void print(const char *target, const Counts &counts)
 {
     std::printf("%s: %d runs agree, %d differ; left out: %d that the target cannot express, %d "
@@ -349,10 +362,10 @@ int check_folder(const char *folder, const std::string &compiler, const std::str
     std::vector<targets::Job> jobs;
     for (const std::filesystem::path &path : all_programs(folder)) {
         const Program program = read_program(path, scratch);
+        check_plain(program, &p_code);
         if (program.source.runs.empty()) continue;
         targets::Job whole;
-        if (!compile_all(program, program.paths, program.folder,
-                         targets::P_CODE | targets::C | targets::JAVA, &whole)) {
+        if (!compile_all(program, program.paths, program.folder, {}, &whole)) {
             ++p_code.failed;
             continue;
         }

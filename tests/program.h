@@ -9,23 +9,12 @@
 #include <vector>
 
 #include <gtest/gtest.h>
-#include <ostrum.h>
 
 #include "evaluator.h"
+#include "whole_module.h"
 
 namespace program
 {
-
-enum : uint32_t { WITH_LINES = 0x02, WITH_DEBUG = 0x20, WITH_CHECKS = 0x200 };
-
-inline std::string errors;
-
-inline void keep_error(TLT_STATEMENT *statement, int32_t level, const char *text)
-{
-    if (level < 3) return;
-    const int32_t line = statement == nullptr ? 0 : TLT_StatementSourceLineNumber(statement);
-    errors += "line " + std::to_string(line) + ": " + text + "\n";
-}
 
 // A folder of this process for what it compiles, removed when the process ends.
 struct Folder {
@@ -51,35 +40,16 @@ inline const std::filesystem::path &folder()
     return kept.path;
 }
 
-// Compiles a source with all its functions in the symbols; gives the path of the module.
-inline std::string compile(const std::string &source, uint32_t flags = WITH_LINES | WITH_CHECKS,
-                           int32_t read_mode = 2)
+// Compiles a source; gives the path of the module.
+inline std::string compile(const std::string &source)
 {
-    constexpr uint32_t private_symbols = 0x0004;
+    constexpr uint32_t lines_and_checks = 0x202;
     const std::string target = (folder() / std::filesystem::path(source).stem()).string() + ".kob";
-    errors.clear();
-    TLCG_Initialise();
-    TLT_ResetCounters();
-    TLT_DefaultMessageHandler(keep_error);
-    TLP_MODULE *module = nullptr;
-    TLP_ReadModule2(nullptr, source.c_str(), &module, stdout, private_symbols, read_mode, nullptr,
-                    nullptr);
-    if (module != nullptr) {
-        std::vector<TLP_SECTION *> sections;
-        TLP_AllSections(
-            module,
-            [](void *context, const char *, TLP_SECTION *section, int32_t) {
-                static_cast<std::vector<TLP_SECTION *> *>(context)->push_back(section);
-                return 1;
-            },
-            &sections);
-        for (TLP_SECTION *section : sections)
-            TLP_ParseSection(module, section);
-        TLCG_GenerateKOBCode(module, flags, target.c_str(), 0, "test");
-    }
-    TLP_DelModule(module);
-    TLT_DefaultMessageHandler(nullptr);
-    EXPECT_EQ(errors, "") << source;
+    TLP_MODULE *module = whole_module::read(source, stdout, 2);
+    if (module != nullptr)
+        TLCG_GenerateKOBCode(module, lines_and_checks, target.c_str(), 0, "test");
+    whole_module::close(module);
+    EXPECT_EQ(whole_module::errors, "") << source;
     return target;
 }
 

@@ -11,22 +11,13 @@
 #include <sstream>
 
 #include "codegen/tlcc.h"
-#include <ostrum.h>
+#include "whole_module.h"
 
 namespace targets
 {
 
 namespace
 {
-
-std::string messages;
-
-void keep_message(TLT_STATEMENT *statement, int32_t level, const char *text)
-{
-    if (level < 3) return;
-    const int32_t line = statement == nullptr ? 0 : TLT_StatementSourceLineNumber(statement);
-    messages += "line " + std::to_string(line) + ": " + text + "\n";
-}
 
 // For listings.
 FILE *nowhere()
@@ -92,26 +83,11 @@ void note_routines(TLP_MODULE *parsed, Module *module)
 
 // Compiling.
 
-void parse_sections(TLP_MODULE *module)
-{
-    std::vector<TLP_SECTION *> sections;
-    TLP_AllSections(
-        module,
-        [](void *context, const char *, TLP_SECTION *section, int32_t) {
-            static_cast<std::vector<TLP_SECTION *> *>(context)->push_back(section);
-            return 1;
-        },
-        &sections);
-    for (TLP_SECTION *section : sections)
-        TLP_ParseSection(module, section);
-}
-
-enum : uint32_t { WITH_LINES = 0x02, WITH_CHECKS = 0x200, PRIVATE_SYMBOLS = 0x04 };
-
 // The text targets write into the current directory.
-void generate(TLP_MODULE *parsed, uint32_t outputs, Module *module)
+void generate(TLP_MODULE *parsed, const Options &options, Module *module)
 {
-    const uint32_t flags = WITH_LINES | WITH_CHECKS;
+    const uint32_t flags = options.flags;
+    const uint32_t outputs = options.outputs;
     const std::filesystem::path before = std::filesystem::current_path();
     std::filesystem::current_path(module->folder);
     const char *base = module->base.c_str();
@@ -134,22 +110,15 @@ Module compile(const std::string &source, const std::string &folder, const Optio
     Module module;
     module.folder = folder;
     module.base = std::filesystem::path(source).stem().string();
-    messages.clear();
-    TLCG_Initialise();
-    TLT_ResetCounters();
-    TLT_DefaultMessageHandler(keep_message);
-    TLP_MODULE *parsed = nullptr;
-    TLP_ReadModule2(nullptr, source.c_str(), &parsed, nowhere(), PRIVATE_SYMBOLS, options.read_mode,
-                    nullptr, nullptr);
+    TLP_MODULE *parsed = whole_module::read(source, nowhere(), options.read_mode);
+    module.problems = parsed == nullptr ? "cannot be read\n" : whole_module::errors;
     if (parsed != nullptr) {
         module.name = TLP_ModuleName(parsed);
-        parse_sections(parsed);
-        if (messages.empty()) generate(parsed, options.outputs, &module);
+        if (module.problems.empty()) generate(parsed, options, &module);
+        module.problems = whole_module::errors;
         note_routines(parsed, &module);
     }
-    TLP_DelModule(parsed);
-    TLT_DefaultMessageHandler(nullptr);
-    module.problems = parsed == nullptr ? "cannot be read\n" : messages;
+    whole_module::close(parsed);
     return module;
 }
 

@@ -48,9 +48,10 @@ enum : uint32_t { P_CODE = 1, C = 2, JAVA = 4 };
 struct Options {
     uint32_t outputs = P_CODE | C | JAVA;
     int32_t read_mode = 2;
+    uint32_t flags = 0x202; // lines are noted, bounds checked
 };
 
-// Compiles a source with checks of bounds; its files go to the folder.
+// Compiles a source; its files go to the folder.
 Module compile(const std::string &source, const std::string &folder, const Options &options);
 
 // One run of a function of the first module of a program.
