@@ -27,6 +27,9 @@
 #include <ostrum/tid.h>
 #include <ostrum/tim.h>
 
+/* Command interpreter */
+#include <ostrum/cli.h>
+
 /* Engineering units */
 #include <ostrum/euc.h>
 
