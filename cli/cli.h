@@ -11,13 +11,7 @@ enum {
     CLI_LIST_VALUE_SIZE = 512 // bytes of one value of a list with its terminator
 };
 
-enum CLI_KIND : int32_t {
-    CLI_KIND_CHARACTER,
-    CLI_KIND_INTEGER,
-    CLI_KIND_CHOICE,
-    CLI_KIND_LIST,
-    CLI_KIND_COUNT
-};
+enum CLI_KIND : int32_t { CLI_KIND_CHARACTER, CLI_KIND_INTEGER, CLI_KIND_CHOICE, CLI_KIND_LIST };
 
 struct CLI_CHOICE {
     CLI_CHOICE *next; // in the parameter, in order of creation
@@ -39,7 +33,8 @@ struct CLI_PARAMETER {
     CLI_CHOICE *last_choice; // end of choices
     char separator;          // CLI_KIND_LIST
     int32_t lowest, highest; // CLI_KIND_INTEGER
-    CLI_PARAMETER *next;     // of the same owner, in order of creation
+    const char *file_pattern; // the files that it names, the client's; null if it names none
+    CLI_PARAMETER *next;      // of the same owner, in order of creation
 };
 
 /** What nodes and qualifiers begin with, so that either may own parameters. */
