@@ -32,10 +32,16 @@ expect 2 "bad name to define" "$toll" -D A=B good.tl
 expect 2 "bad name to define" "$toll" -D A,B good.tl
 expect 2 "too many names" "$toll" -D{A,B,C,D,E,F,G,H,I,J,K} good.tl
 expect 2 "bad format" "$toll" --diagnostics=xml good.tl
+expect 2 "bad use of colour" "$toll" --color=red good.tl
+for jobs in 0 2x 100000; do expect 2 "bad number of jobs" "$toll" -j $jobs good.tl; done
+expect 2 "bad option '-MX'" "$toll" -MX good.tl
+expect 2 "argument missing for '-MF'" "$toll" good.tl -MD -MF
+expect 2 "MF goes with -MD" "$toll" -MF x good.tl
+expect 2 "MF goes with one" "$toll" -MD -MF x good.tl other.tl
 expect 2 "bad section listing" "$toll" --list-sections=half good.tl
 is [ "$(wc -l <err)" -eq 1 ]
 expect 0 "" "$toll" --help
-is grep -q -- "--diagnostics=text|json" out
+is grep -q -- "--diagnostics=FORMAT" out
 expect 0 "" "$toll" --version
 
 # Default outputs, several sources, a name with and without extension.
@@ -82,6 +88,73 @@ is cmp -s first deep/a.kob
 # In JSON nothing but objects is written, problems of the driver included.
 expect 1 '"severity":"fatal","text":"File cannot be opened"' "$toll" --diagnostics=json missing.tl bad.tl
 is [ "$(grep -vc '^{.*}$' err)" -eq 0 ]
+
+# As C compilers write it, and as a log, whose columns are characters.
+printf 'MODULE space\nPRIVATE\nCONST MESSAGE A = "\xc3\xbc" + nothing\n' >'sp ace.tl'
+expect 1 '^bad.tl:3:17: error: Illegal type for variable$' "$toll" --diagnostics=gcc bad.tl
+expect 1 '^missing.tl: fatal error: File cannot be opened$' "$toll" --diagnostics=gcc missing.tl
+expect 1 '"uri": "sp%20ace.tl"' "$toll" --diagnostics=sarif 'sp ace.tl' missing.tl good.tl
+python3 - err <<'END' || { echo "no proper SARIF:"; cat err; failed=1; }
+import json, sys
+log = json.load(open(sys.argv[1]))
+assert log["version"] == "2.1.0"
+run, = log["runs"]
+assert run["tool"]["driver"]["name"] == "toll" and run["columnKind"] == "unicodeCodePoints"
+assert run["invocations"] == [{"executionSuccessful": False}]
+assert all(r["message"]["text"] and r["level"] in ("note", "warning", "error") for r in run["results"])
+places = [r["locations"][0]["physicalLocation"] for r in run["results"]]
+assert places[-1] == {"artifactLocation": {"uri": "missing.tl"}}
+assert any(p.get("region") == {"startLine": 3, "startColumn": 32} for p in places), places
+END
+expect 0 '"results": \[\]' "$toll" --diagnostics=sarif good.tl
+
+# Colours mark severities where they are wanted.
+escape=$(printf '\033')
+expect 1 "^$escape\[1;31m\*\* ERROR$escape\[0m : Illegal type" "$toll" --color=always bad.tl
+expect 1 "$escape\[1;31merror:$escape\[0m Illegal" "$toll" --color=always --diagnostics=gcc bad.tl
+for wanted in --color=auto --color=never "--color=always --diagnostics=json"; do
+    # shellcheck disable=SC2086  # the options are words
+    expect 1 "Illegal" "$toll" $wanted bad.tl
+    is [ "$(grep -c "$escape" err)" -eq 0 ]
+done
+if command -v script >/dev/null; then
+    export TERM=xterm
+    for refused in "" yes; do
+        NO_COLOR=$refused script -qec "$toll bad.tl" typescript >/dev/null
+        colored=$(grep -c "$escape" typescript)
+        is [ "$colored" -eq "$([ -z "$refused" ] && echo 1 || echo 0)" ]
+    done
+fi
+
+# Several at a time: the same outputs, messages and listings, in the order of the sources.
+printf 'MODULE quiz\nPRIVATE\nTREE BOOL Ask()\nBEGIN\nEND\n' >quiz.tl
+sources="good.tl missing.tl bad.tl quiz.tl other.tl bad.tl"
+for form in text gcc json sarif; do
+    for jobs in 1 3; do
+        # shellcheck disable=SC2086  # the sources are words
+        "$toll" -j $jobs --diagnostics=$form --print-scopes $sources >out$jobs 2>err$jobs
+        is [ $? -eq 1 ]
+    done
+    is [ -s err1 ] && is diff err1 err3 && is cmp out1 out3
+done
+"$toll" -j 4 --tree-graph=trees.gv quiz.tl good.tl other.tl
+is grep -q Ask trees.gv
+expect 1 "Output is a source" "$toll" -j 4 --tree-graph=quiz.tl good.tl quiz.tl
+mkdir all
+expect 0 "" "$toll" -j 2 -o all good.tl other.tl
+is [ -s all/good.kob ] && is [ -s all/other.kob ]
+
+# What an output is made from.
+printf 'MODULE twig\nCONST INT A = 1\nPRIVATE\n' >twig.tl
+printf 'MODULE main\nUSES twig\nCONST INT C = TWIG.A\nPRIVATE\n' >main.tl
+expect 0 "" "$toll" -MD -o 'all/the $main#.kob' main.tl
+is [ "$(tr -s '\n' ' ' <'all/the $main#.d')" = 'all/the\ $$main\#.kob: \ main.tl \ twig.tl ' ]
+expect 0 "" "$toll" --target=c --target=kob -MD -MF list twig.tl
+is grep -q '^twig.kob twig.h twig.c:' list
+rm list
+expect 1 "Illegal type" "$toll" -MD -MF list bad.tl
+is [ ! -e list ]
+expect 1 "Output is a source" "$toll" -MD -MF twig.tl twig.tl
 
 # -I comes before TollInclude, and the name is found whatever its case.
 mkdir first_lib second_lib

@@ -1,5 +1,6 @@
 // toll: compiles TOLL sources into module files.
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <string>
@@ -7,7 +8,9 @@
 
 #include <ostrum.h>
 
+#include "toll_dependencies.h"
 #include "toll_diagnostics.h"
+#include "toll_jobs.h"
 #include "toll_options.h"
 #include "toll_output.h"
 #include "toll_tree_graph.h"
@@ -23,10 +26,11 @@ constexpr int32_t status_errors = 2;
 constexpr int32_t status_fatal = 3;
 constexpr int32_t tool_number = 0;
 
-/** What is written once all sources are done. */
-struct GRAPHS {
-    std::string text;
-    std::vector<std::string> used; // paths that must not be overwritten: sources, modules made
+/** What comes of the sources besides their outputs. */
+struct RESULT {
+    bool is_done;
+    std::string graphs;            // of the trees
+    std::vector<std::string> used; // paths that graphs must not overwrite: sources, outputs
 };
 
 /** One source on its way to a module. */
@@ -263,17 +267,33 @@ bool write_module(const COMPILATION &compilation)
     return problem.empty() && is_whole;
 }
 
-/** Keeps the graphs of a module, and which files belong to it. */
-void note_graphs(const COMPILATION &compilation, GRAPHS *graphs)
+/** Writes what the outputs were made from. */
+bool write_dependencies(const COMPILATION &compilation)
 {
-    graphs->text += tree_graphs(compilation.module, compilation.sections);
-    graphs->used.insert(graphs->used.end(), compilation.opened.begin(), compilation.opened.end());
-    if (compilation.options->check_only) return;
-    for (const std::string &path : output_paths(find_destination(compilation)))
-        graphs->used.push_back(path);
+    const TOLL_OPTIONS &options = *compilation.options;
+    const std::vector<std::string> outputs = output_paths(find_destination(compilation));
+    const std::string target = options.dependency_output.empty() ? base_path(compilation) + ".d"
+                                                                 : options.dependency_output;
+    std::vector<std::string> used = compilation.opened;
+    if (!options.check_only) used.insert(used.end(), outputs.begin(), outputs.end());
+    const std::string problem =
+        replace_file(target, dependency_rule(outputs, compilation.opened), used);
+    if (!problem.empty()) report_problem(target, problem);
+    return problem.empty();
 }
 
-bool compile_source(const TOLL_OPTIONS &options, const std::string &source, GRAPHS *graphs)
+/** Keeps the graphs of a module, and which files belong to it. */
+void note_graphs(const COMPILATION &compilation, RESULT *result)
+{
+    result->graphs += tree_graphs(compilation.module, compilation.sections);
+    result->used.insert(result->used.end(), compilation.opened.begin(), compilation.opened.end());
+    if (compilation.options->check_only) return;
+    for (const std::string &path : output_paths(find_destination(compilation)))
+        result->used.push_back(path);
+}
+
+/** Compiles one source, and adds what comes of it. */
+void compile_source(const TOLL_OPTIONS &options, const std::string &source, RESULT *result)
 {
     COMPILATION compilation = {};
     compilation.options = &options;
@@ -283,44 +303,81 @@ bool compile_source(const TOLL_OPTIONS &options, const std::string &source, GRAP
     if (read_source(&compilation)) parse_sections(&compilation);
     bool is_done = compilation.is_sound && !SM_Aborted();
     if (is_done && !options.check_only) is_done = write_module(compilation);
-    if (is_done && options.draw_trees) note_graphs(compilation, graphs);
+    if (is_done && options.lists_dependencies) is_done = write_dependencies(compilation);
+    if (is_done && options.draw_trees) note_graphs(compilation, result);
     TLP_SetSourceHook(nullptr, nullptr);
     TLP_DelModule(compilation.module);
-    return is_done;
+    if (SM_Aborted()) report_problem(source, "Interrupted");
+    if (!is_done || SM_Aborted()) result->is_done = false;
 }
 
-/** Writes the graphs into an open output; empty, or what is wrong. */
-std::string write_text(const std::string &text, const TOLL_OUTPUT &output)
-{
-    FILE *file = fopen(output.files[0].made.c_str(), "wb");
-    if (file == nullptr) return "Cannot be written";
-    const bool is_whole = fwrite(text.data(), 1, text.size(), file) == text.size();
-    return fclose(file) == 0 && is_whole ? "" : "Cannot be written";
-}
-
-/** Replaces a file by the graphs; empty, or what is wrong: then it is as it was before. */
-std::string make_graph_file(const std::string &target, const GRAPHS &graphs)
-{
-    for (const std::string &path : graphs.used) {
-        if (same_file(path, target)) return "Output is a source or a module";
-    }
-    TOLL_OUTPUT output = {};
-    std::string problem = open_output(target, {}, &output);
-    if (!problem.empty()) return problem;
-    problem = write_text(graphs.text, output);
-    if (problem.empty()) return publish_output(&output);
-    discard_output(&output);
-    return problem;
-}
-
-bool write_graphs(const TOLL_OPTIONS &options, const GRAPHS &graphs)
+bool write_graphs(const TOLL_OPTIONS &options, const RESULT &result)
 {
     if (!options.draw_trees) return true;
+    const std::string &text = result.graphs;
     if (options.graph_output.empty())
-        return fwrite(graphs.text.data(), 1, graphs.text.size(), stdout) == graphs.text.size();
-    const std::string problem = make_graph_file(options.graph_output, graphs);
+        return fwrite(text.data(), 1, text.size(), stdout) == text.size();
+    const std::string problem = replace_file(options.graph_output, text, result.used);
     if (!problem.empty()) report_problem(options.graph_output, problem);
     return problem.empty();
+}
+
+/** All sources on their way, for jobs. */
+struct COMPILATIONS {
+    const TOLL_OPTIONS *options;
+    RESULT result;
+};
+
+/** A job's report: whether it is done, its graphs, how many paths, the paths, kept messages. */
+JOB_REPORT compile_job(void *context, size_t job)
+{
+    const TOLL_OPTIONS &options = *static_cast<COMPILATIONS *>(context)->options;
+    RESULT result = { .is_done = true, .graphs = {}, .used = {} };
+    take_kept_messages(); // those of sources before, which the parent has
+    compile_source(options, options.sources[job], &result);
+    JOB_REPORT report = { result.is_done ? "done" : "failed", result.graphs,
+                          std::to_string(result.used.size()) };
+    report.insert(report.end(), result.used.begin(), result.used.end());
+    const std::vector<std::string> messages = take_kept_messages();
+    report.insert(report.end(), messages.begin(), messages.end());
+    return report;
+}
+
+void take_report(void *context, size_t job, const JOB_REPORT &report)
+{
+    auto *compilations = static_cast<COMPILATIONS *>(context);
+    RESULT *result = &compilations->result;
+    if (report.size() < 3) {
+        report_problem(compilations->options->sources[job], "Compilation broke off");
+        result->is_done = false;
+        return;
+    }
+    if (report[0] != "done") result->is_done = false;
+    result->graphs += report[1];
+    const auto used = report.begin() + 3;
+    const auto messages = used + std::min(std::stol(report[2]), report.end() - used);
+    result->used.insert(result->used.end(), used, messages);
+    keep_messages({ messages, report.end() });
+}
+
+/** Compiles the sources, several at a time if that was asked for. */
+RESULT compile_sources(const TOLL_OPTIONS &options)
+{
+    COMPILATIONS compilations = { &options, { .is_done = true, .graphs = {}, .used = {} } };
+    const size_t count = options.sources.size();
+    if (options.jobs > 1 && count > 1) {
+        const JOBS jobs = { count, &compilations, compile_job, take_report };
+        const size_t ended = run_jobs(jobs, std::min(options.jobs, count));
+        if (ended == count) return compilations.result;
+        report_problem(options.sources[ended], SM_Aborted() ? "Interrupted" : "Cannot be started");
+        compilations.result.is_done = false;
+        return compilations.result;
+    }
+    for (const std::string &source : options.sources) {
+        compile_source(options, source, &compilations.result);
+        if (SM_Aborted()) break;
+    }
+    return compilations.result;
 }
 
 int compile_all(const TOLL_OPTIONS &options)
@@ -329,19 +386,12 @@ int compile_all(const TOLL_OPTIONS &options)
     SM_EnableCtlcHandler(1);
     std::string list = search_list(options);
     QUILLREG_SetExternalValueCallback(&list, look_up_symbol);
-    start_diagnostics(options.format);
-    GRAPHS graphs;
-    int status = 0;
-    for (const std::string &source : options.sources) {
-        if (!compile_source(options, source, &graphs)) status = 1;
-        if (!SM_Aborted()) continue;
-        report_problem(source, "Interrupted");
-        status = 1;
-        break;
-    }
-    if (status == 0 && !write_graphs(options, graphs)) status = 1;
+    start_diagnostics(options.format, options.color);
+    const RESULT result = compile_sources(options);
+    const bool is_done = result.is_done && write_graphs(options, result);
+    finish_diagnostics(is_done);
     TLP_CleanUp();
-    return status;
+    return is_done ? 0 : 1;
 }
 
 } // namespace

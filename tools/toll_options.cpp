@@ -3,10 +3,15 @@
 #include "toll_options.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <getopt.h>
+#include <iterator>
+#include <span>
 #include <string>
 #include <vector>
+
+#include "toll_output.h"
 
 namespace
 {
@@ -25,6 +30,11 @@ constexpr TARGET_WORD target_words[] = {
     { "java", TOLL_TARGET_JAVA },
 };
 
+// Words of --diagnostics and --color, in the order of their enumerations.
+constexpr const char *format_words[] = { "text", "json", "gcc", "sarif" };
+constexpr const char *color_words[] = { "auto", "always", "never" };
+static_assert(std::size(format_words) == TOLL_FORMAT_COUNT, "one word for each format");
+
 enum OPTION_CODE {
     OPTION_PRIVATE_SYMBOLS = 256, // above every character that is an option
     OPTION_STRICT,
@@ -36,6 +46,7 @@ enum OPTION_CODE {
     OPTION_PRINT_BLOCKS,
     OPTION_TREE_GRAPH,
     OPTION_DIAGNOSTICS,
+    OPTION_COLOR,
     OPTION_TARGET,
     OPTION_HELP,
     OPTION_VERSION,
@@ -50,6 +61,18 @@ struct OPTION {
     const char *meaning;
     bool (*set)(TOLL_OPTIONS *options, const char *value);
 };
+
+// The arguments that getopt walks through, for an option that takes the next one by itself.
+struct ARGUMENTS {
+    int count;
+    char **values;
+} all_arguments;
+
+/** Takes the argument behind the option in hand; null if there is none. */
+const char *next_argument()
+{
+    return optind < all_arguments.count ? all_arguments.values[optind++] : nullptr;
+}
 
 bool wrong(const char *problem, const char *value)
 {
@@ -174,11 +197,54 @@ bool set_tree_graph(TOLL_OPTIONS *options, const char *value)
     return true;
 }
 
+/** Place of a word among those of an option; -1 if it is none of them. */
+int find_word(std::span<const char *const> words, const char *value)
+{
+    for (size_t at = 0; at < words.size(); at++) {
+        if (strcmp(words[at], value) == 0) return static_cast<int>(at);
+    }
+    return -1;
+}
+
 bool set_diagnostics(TOLL_OPTIONS *options, const char *value)
 {
-    if (strcmp(value, "text") != 0 && strcmp(value, "json") != 0)
-        return wrong("bad format of diagnostics", value);
-    options->format = *value == 'j' ? TOLL_FORMAT_JSON : TOLL_FORMAT_TEXT;
+    const int format = find_word(format_words, value);
+    if (format < 0) return wrong("bad format of diagnostics", value);
+    options->format = static_cast<TOLL_FORMAT>(format);
+    return true;
+}
+
+bool set_color(TOLL_OPTIONS *options, const char *value)
+{
+    const int color = find_word(color_words, value);
+    if (color < 0) return wrong("bad use of colour", value);
+    options->color = static_cast<TOLL_COLOR>(color);
+    return true;
+}
+
+/** -MD and -MF are one letter to getopt: what follows it comes here. */
+bool set_dependencies(TOLL_OPTIONS *options, const char *value)
+{
+    if (strcmp(value, "D") == 0) {
+        options->lists_dependencies = true;
+        return true;
+    }
+    if (value[0] != 'F') return wrong("bad option", (std::string{ "-M" } + value).c_str());
+    // -MFFILE, or the next argument.
+    const char *file = value[1] != 0 ? value + 1 : next_argument();
+    if (file == nullptr || *file == 0) return wrong("argument missing for", "-MF");
+    options->dependency_output = file;
+    return true;
+}
+
+bool set_jobs(TOLL_OPTIONS *options, const char *value)
+{
+    constexpr long most = 1024;
+    char *end = nullptr;
+    const long count = strtol(value, &end, 10);
+    if (end == value || *end != 0 || count < 1 || count > most)
+        return wrong("bad number of jobs", value);
+    options->jobs = static_cast<size_t>(count);
     return true;
 }
 
@@ -285,12 +351,30 @@ constexpr OPTION option_table[] = {
       .synopsis = "    --tree-graph[=FILE]",
       .meaning = "write the trees of all sources as DOT graphs to FILE; default: standard output",
       .set = set_tree_graph },
+    { .code = 'M',
+      .long_name = nullptr,
+      .argument = required_argument,
+      .synopsis = "-MD [-MF FILE]",
+      .meaning = "list every source read as a make dependency in FILE; default: output + \".d\"",
+      .set = set_dependencies },
+    { .code = 'j',
+      .long_name = "jobs",
+      .argument = required_argument,
+      .synopsis = "-j, --jobs=N",
+      .meaning = "compile N sources at a time",
+      .set = set_jobs },
     { .code = OPTION_DIAGNOSTICS,
       .long_name = "diagnostics",
       .argument = required_argument,
-      .synopsis = "    --diagnostics=text|json",
-      .meaning = "format of the messages; default: text",
+      .synopsis = "    --diagnostics=FORMAT",
+      .meaning = "form of the messages: text (default), gcc, json or sarif",
       .set = set_diagnostics },
+    { .code = OPTION_COLOR,
+      .long_name = "color",
+      .argument = required_argument,
+      .synopsis = "    --color=WHEN",
+      .meaning = "mark severities with colours: auto (on a terminal; default), always or never",
+      .set = set_color },
     { .code = OPTION_HELP,
       .long_name = "help",
       .argument = no_argument,
@@ -319,6 +403,10 @@ void print_help()
         "extension of it is dropped.\n\n"
         "--tree-graph writes one digraph for each tree once every source has compiled, all into\n"
         "one file; with -n nothing else is written.\n\n"
+        "--diagnostics=gcc gives FILE:LINE:COLUMN: SEVERITY: TEXT, json one object a line, sarif "
+        "one\n"
+        "log (SARIF 2.1.0) at the end, all on standard error. NO_COLOR in the environment refuses\n"
+        "colours unless --color=always.\n\n"
         "Exit status: 0 compiled, warnings included; 1 errors in a source or an output that\n"
         "could not be written; 2 wrong usage.\n");
 }
@@ -363,17 +451,25 @@ TOLL_USAGE wrong_option(int code, char **arguments)
     return TOLL_USAGE_WRONG;
 }
 
-TOLL_USAGE check_sources(const TOLL_OPTIONS &options)
+/** What is wrong with the options together, if anything. */
+const char *find_conflict(const TOLL_OPTIONS &options)
 {
-    if (options.sources.empty()) {
-        fprintf(stderr, "toll: no source file; try 'toll --help'\n");
-        return TOLL_USAGE_WRONG;
-    }
-    if (!options.output.empty() && options.sources.size() > 1) {
-        fprintf(stderr, "toll: -o goes with one source file; try 'toll --help'\n");
-        return TOLL_USAGE_WRONG;
-    }
-    return TOLL_USAGE_COMPILE;
+    const bool has_several = options.sources.size() > 1;
+    if (options.sources.empty()) return "no source file";
+    if (has_several && !options.output.empty() && !is_directory(options.output))
+        return "-o goes with one source file, or names a directory";
+    if (!options.dependency_output.empty() && !options.lists_dependencies)
+        return "-MF goes with -MD";
+    if (has_several && !options.dependency_output.empty()) return "-MF goes with one source file";
+    return nullptr;
+}
+
+TOLL_USAGE check_options(const TOLL_OPTIONS &options)
+{
+    const char *conflict = find_conflict(options);
+    if (conflict == nullptr) return TOLL_USAGE_COMPILE;
+    fprintf(stderr, "toll: %s; try 'toll --help'\n", conflict);
+    return TOLL_USAGE_WRONG;
 }
 
 } // namespace
@@ -383,6 +479,7 @@ TOLL_USAGE read_options(int argument_count, char **arguments, TOLL_OPTIONS *opti
     const std::string letters = short_options();
     const std::vector<struct option> names = long_options();
     opterr = 0;
+    all_arguments = { argument_count, arguments };
     for (int code; (code = getopt_long(argument_count, arguments, letters.c_str(), names.data(),
                                        nullptr)) != -1;) {
         if (code == OPTION_HELP) {
@@ -398,5 +495,5 @@ TOLL_USAGE read_options(int argument_count, char **arguments, TOLL_OPTIONS *opti
         if (!option->set(options, optarg)) return TOLL_USAGE_WRONG;
     }
     options->sources.assign(arguments + optind, arguments + argument_count);
-    return check_sources(*options);
+    return check_options(*options);
 }

@@ -1,10 +1,19 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
 
-enum TOLL_FORMAT { TOLL_FORMAT_TEXT, TOLL_FORMAT_JSON, TOLL_FORMAT_COUNT };
+enum TOLL_FORMAT {
+    TOLL_FORMAT_TEXT,  // the library's own form
+    TOLL_FORMAT_JSON,  // one object a line
+    TOLL_FORMAT_GCC,   // as C compilers do, for editors
+    TOLL_FORMAT_SARIF, // one log of the whole call, for services
+    TOLL_FORMAT_COUNT,
+};
+
+enum TOLL_COLOR { TOLL_COLOR_AUTO, TOLL_COLOR_ALWAYS, TOLL_COLOR_NEVER };
 
 /** What a module is turned into; bits of a set. */
 enum TOLL_TARGET : uint32_t {
@@ -25,8 +34,12 @@ struct TOLL_OPTIONS {
     bool print_scopes = false;
     bool check_only = false;
     bool draw_trees = false;
-    std::string graph_output; // of --tree-graph; empty: standard output
+    std::string graph_output;        // of --tree-graph; empty: standard output
+    bool lists_dependencies = false; // of -MD
+    std::string dependency_output;   // of -MF; empty: beside the output
     TOLL_FORMAT format = TOLL_FORMAT_TEXT;
+    TOLL_COLOR color = TOLL_COLOR_AUTO;
+    size_t jobs = 1; // sources compiled at a time
     std::vector<std::string> sources;
 };
 

@@ -4,6 +4,7 @@
 #include "toll_output.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
@@ -152,6 +153,15 @@ void restore_old(const TOLL_OUTPUT &output, size_t count)
     }
 }
 
+/** Writes a text into an open output; empty, or what is wrong. */
+std::string write_text(const std::string &text, const TOLL_OUTPUT &output)
+{
+    FILE *file = fopen(output.files[0].made.c_str(), "wb");
+    if (file == nullptr) return "Cannot be written";
+    const bool is_whole = fwrite(text.data(), 1, text.size(), file) == text.size();
+    return fclose(file) == 0 && is_whole ? "" : "Cannot be written";
+}
+
 void drop_made(const TOLL_OUTPUT &output)
 {
     for (size_t at = 0; at < output.files.size(); at++) {
@@ -227,6 +237,21 @@ void discard_output(TOLL_OUTPUT *output)
 {
     drop_made(*output);
     close_output(output);
+}
+
+std::string replace_file(const std::string &target, const std::string &text,
+                         const std::vector<std::string> &used)
+{
+    for (const std::string &path : used) {
+        if (same_file(path, target)) return "Output is a source or a module";
+    }
+    TOLL_OUTPUT output = {};
+    std::string problem = open_output(target, {}, &output);
+    if (!problem.empty()) return problem;
+    problem = write_text(text, output);
+    if (problem.empty()) return publish_output(&output);
+    discard_output(&output);
+    return problem;
 }
 
 bool is_directory(const std::string &path)

@@ -59,6 +59,17 @@ void leave_package(const std::string &path, const std::string &made);
 /** Drops what was written, and closes the output. All files are as they were before. */
 void discard_output(TOLL_OUTPUT *output);
 
+/**
+ * Replaces a file by a text in one step.
+ *
+ * @param target  path of the file
+ * @param text    what it holds from then on
+ * @param used    paths of files that must not be lost: the target is refused if it is one of them
+ * @return        empty, or what is wrong; then the file is as it was before
+ */
+std::string replace_file(const std::string &target, const std::string &text,
+                         const std::vector<std::string> &used);
+
 /** Tells whether a path leads to an existing directory. */
 bool is_directory(const std::string &path);
 
