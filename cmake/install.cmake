@@ -2,7 +2,7 @@
 include(CMakePackageConfigHelpers)
 
 install(TARGETS ostrum EXPORT ostrum-targets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(TARGETS ${OSTRUM_TOOLS} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(TARGETS ${OSTRUM_TOOLS} EXPORT ostrum-targets RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(FILES include/ostrum.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(DIRECTORY include/ostrum DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
 
@@ -15,4 +15,4 @@ configure_package_config_file(cmake/ostrum-config.cmake.in ostrum-config.cmake
   INSTALL_DESTINATION ${config_dir})
 write_basic_package_version_file(ostrum-config-version.cmake COMPATIBILITY SameMinorVersion)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/ostrum-config.cmake
-  ${CMAKE_CURRENT_BINARY_DIR}/ostrum-config-version.cmake DESTINATION ${config_dir})
+  ${CMAKE_CURRENT_BINARY_DIR}/ostrum-config-version.cmake cmake/ostrum-modules.cmake DESTINATION ${config_dir})

@@ -23,11 +23,23 @@ say_nothing() { # COMMAND...
     [ ! -s "$scratch/said" ] || fail "speaks: $*"
 }
 
+# What is made again after a source has changed, in one word each.
+made_again() { # SOURCE
+    sleep 0.01 # the time of a file is counted in ticks of the kernel
+    touch "$scratch/projects/modules/$1"
+    cmake --build "$scratch/c" -v | grep -oE 'target=c.*tl\b' | grep -oE '[a-z]+\.tl$' | sort | tr '\n' ' '
+}
+
 run_c() {
-    cmake -S "$projects/c" -B "$scratch/c" -DCMAKE_PREFIX_PATH="$usr" -DCMAKE_C_COMPILER="$cc" \
-        -DCMAKE_C_FLAGS=-Werror >"$scratch/said" 2>&1 || fail "cannot be configured"
-    cmake --build "$scratch/c" >"$scratch/said" 2>&1 || fail "cannot be built"
-    grep -q "$usr/bin/toll" "$scratch/c/CMakeCache.txt" || fail "another toll was found"
+    cp -r "$projects" "$scratch/projects"
+    cmake -G Ninja -S "$scratch/projects/c" -B "$scratch/c" -DCMAKE_PREFIX_PATH="$usr" \
+        -DCMAKE_C_COMPILER="$cc" -DCMAKE_C_FLAGS=-Werror >"$scratch/said" 2>&1 || fail "cannot be configured"
+    cmake --build "$scratch/c" -v >"$scratch/said" 2>&1 || fail "cannot be built"
+    grep -q "$usr/bin/toll" "$scratch/said" || fail "another toll was found"
+    cmake --build "$scratch/c" >"$scratch/said"
+    grep -q "no work to do" "$scratch/said" || fail "is never done"
+    [ "$(made_again starting.tl)" = "starting.tl " ] || fail "more than starting is made again"
+    [ "$(made_again tester.tl)" = "starting.tl tester.tl " ] || fail "starting does not follow tester"
     "$scratch/c/starting"
 }
 
