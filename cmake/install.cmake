@@ -16,3 +16,14 @@ configure_package_config_file(cmake/ostrum-config.cmake.in ostrum-config.cmake
 write_basic_package_version_file(ostrum-config-version.cmake COMPATIBILITY SameMinorVersion)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/ostrum-config.cmake
   ${CMAKE_CURRENT_BINARY_DIR}/ostrum-config-version.cmake cmake/ostrum-modules.cmake DESTINATION ${config_dir})
+
+# Manual pages, and what shells know of the tools.
+foreach(section 1 3 5)
+  file(GLOB pages CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/man/*.${section})
+  install(FILES ${pages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section})
+endforeach()
+foreach(tool ${OSTRUM_TOOLS})
+  install(FILES tools/completion/${tool}.bash RENAME ${tool}
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+  install(FILES tools/completion/_${tool} DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
+endforeach()

@@ -24,6 +24,11 @@ cmake --build "$scratch/build" >/dev/null
 "$scratch/usr/bin/toll" --version | grep -q '^toll '
 "$scratch/usr/bin/pkob" --version | grep -q '^pkob '
 
+for tool in toll pkob; do
+    test -s "$scratch/usr/share/man/man1/$tool.1"
+    test -s "$scratch/usr/share/bash-completion/completions/$tool"
+done
+
 # What C from a source needs of the installed tree.
 cp "$source/examples/hardware.tl" "$source/examples/tolerance.tl" "$source/examples/relay_test.tl" "$scratch"
 cd "$scratch"
