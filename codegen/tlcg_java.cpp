@@ -112,12 +112,10 @@ static int32_t write_data_section(void *user, const char *, TLP_SECTION *section
 {
     const auto *output = static_cast<const JAVA_OUTPUT *>(user);
     TLP_MODULE *module = output->context.module;
+    TLC_STREAM *stream = output->context.stream;
+    if (!holds_data(type) || TLP_SectionBlock(module, section) == nullptr) return 1;
     TLI_IDENTIFIER *identifier = TLP_GetSectionIdentifier(module, section);
-    TLS_BLOCK *block = holds_data(type) ? TLP_SectionBlock(module, section) : nullptr;
-    if (identifier == nullptr || block == nullptr) return 1;
-    TLIV_PushScope(TLP_ModuleDomain(module), identifier);
-    TLS_BlockCode(output->context.stream, block);
-    TLIV_PopScope(TLP_ModuleDomain(module), identifier);
+    if (!TLCJ_IsConstructed(stream, identifier)) TLCJ_WriteSection(stream, identifier);
     return 1;
 }
 

@@ -58,6 +58,7 @@ void TLCJ_DropState(TLC_STREAM *stream)
     TLCJ_DropParents(stream->java);
     TLCG_DropSet(&stream->java->marked);
     TLCG_DropSet(&stream->java->late);
+    TLCG_DropSet(&stream->java->constructed);
     SH_Free(stream->java);
     stream->java = nullptr;
 }

@@ -53,6 +53,7 @@ struct TLCJ_STATE {
     HS_DOMAIN *given;     /* items of which the own name was taken, to the names that they got */
     bool has_given;       /* there are such */
     int32_t numbered_items;
+    TLCG_SET constructed; /* data sections and items of them */
     TLCJ_PARENT *parents; /* that are set when all items are constructed, in order */
     TLCJ_PARENT *last_parent;
 };
@@ -103,8 +104,20 @@ bool TLCJ_IsItem(TLI_IDENTIFIER *identifier);
 /** Writes the constants of a scope that name items of data, when these have been constructed. */
 void TLCJ_WriteLateConstants(TLC_STREAM *stream, TLI_SCOPE *scope);
 
-/** Tells whether an item's parent is constructed behind it, so that there is nothing yet to set. */
-bool TLCJ_IsParentLate(TLC_STREAM *stream, TLI_IDENTIFIER *item, TLE_TERM *parent);
+/** Notes that an item of a data section has been constructed, or is about to be. */
+void TLCJ_NoteConstructed(TLC_STREAM *stream, TLI_IDENTIFIER *item);
+
+/** Tells whether TLCJ_NoteConstructed has been told of an item. */
+bool TLCJ_IsConstructed(TLC_STREAM *stream, TLI_IDENTIFIER *item);
+
+/** Tells whether what a term names is a data section of the module that is not constructed yet. */
+bool TLCJ_IsLate(TLC_STREAM *stream, const TLE_TERM *term);
+
+/** Writes the data section that a term names, if it is late, before what needs it. */
+void TLCJ_ConstructFirst(TLC_STREAM *stream, const TLE_TERM *term);
+
+/** Writes a data section, in either pass. @param section its function identifier, with a block */
+void TLCJ_WriteSection(TLC_STREAM *stream, TLI_IDENTIFIER *section);
 
 /** Notes a parent that is late. */
 void TLCJ_NoteParent(TLC_STREAM *stream, TLI_IDENTIFIER *item, TLE_TERM *parent);

@@ -162,22 +162,41 @@ void TLCJ_WriteItem(TLC_STREAM *stream, TLI_IDENTIFIER *identifier)
     std::fputs(name, file);
 }
 
+/* ---- Order ---- */
+
+void TLCJ_NoteConstructed(TLC_STREAM *stream, TLI_IDENTIFIER *item)
+{
+    TLCG_AddToSet(&TLCJ_State(stream)->constructed, item);
+}
+
+bool TLCJ_IsConstructed(TLC_STREAM *stream, TLI_IDENTIFIER *item)
+{
+    const TLCG_SET &constructed = TLCJ_State(stream)->constructed;
+    return constructed.count > 0 && TLCG_IsInSet(constructed, item);
+}
+
+bool TLCJ_IsLate(TLC_STREAM *stream, const TLE_TERM *term)
+{
+    TLI_IDENTIFIER *section = TLE_TermIdentifier(term);
+    if (section == nullptr || TLI_IdentifierClass(section) != TLI_FUNCTION) return false;
+    if (TLI_IdentifierDomain(section) != TLP_ModuleDomain(TLC_Module(stream))) return false;
+    return TLIV_GetFunctionBlock(section) != nullptr && !TLCJ_IsConstructed(stream, section);
+}
+
+void TLCJ_WriteSection(TLC_STREAM *stream, TLI_IDENTIFIER *section)
+{
+    TLI_DOMAIN *domain = TLP_ModuleDomain(TLC_Module(stream));
+    TLIV_PushScope(domain, section);
+    TLS_BlockCode(stream, TLIV_GetFunctionBlock(section));
+    TLIV_PopScope(domain, section);
+}
+
+void TLCJ_ConstructFirst(TLC_STREAM *stream, const TLE_TERM *term)
+{
+    if (TLCJ_IsLate(stream, term)) TLCJ_WriteSection(stream, TLE_TermIdentifier(term));
+}
+
 /* ---- Parents ---- */
-
-/* Line where the items of a section begin; 0 for one of another module. */
-static int32_t line_of(TLC_STREAM *stream, TLI_IDENTIFIER *section)
-{
-    if (TLI_IdentifierDomain(section) != TLP_ModuleDomain(TLC_Module(stream))) return 0;
-    if (TLI_IdentifierClass(section) != TLI_FUNCTION) return 0;
-    const TLS_BLOCK *block = TLIV_GetFunctionBlock(section);
-    return block == nullptr ? 0 : TLT_StatementSourceLineNumber(block->head->statement);
-}
-
-bool TLCJ_IsParentLate(TLC_STREAM *stream, TLI_IDENTIFIER *item, TLE_TERM *parent)
-{
-    TLI_IDENTIFIER *identifier = TLE_TermIdentifier(parent);
-    return identifier != nullptr && line_of(stream, identifier) > line_of(stream, item);
-}
 
 void TLCJ_NoteParent(TLC_STREAM *stream, TLI_IDENTIFIER *item, TLE_TERM *parent)
 {

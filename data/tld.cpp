@@ -15,6 +15,7 @@
 #include <ostrum/hs.h>
 #include <ostrum/st.h>
 #include <ostrum/tlc.h>
+#include <ostrum/tldc.h>
 #include <ostrum/tldm.h>
 #include <ostrum/tldv.h>
 #include <ostrum/tldw.h>
@@ -39,6 +40,7 @@ static_assert(std::size(word_names) == TLD_WORD_NONE, "one name a word");
 
 /* One for each kind of section. */
 static void (*const kind_initialisers[])(void) = {
+    TLDC_Initialise,
     TLDM_Initialise,
     TLDV_Initialise,
     TLDW_Initialise,
@@ -271,13 +273,6 @@ TLI_IDENTIFIER *TLD_ExpectIdentifier(TLS_BLOCK *block, TLT_STATEMENT *statement,
                      nullptr);
 }
 
-TLI_IDENTIFIER *TLD_ExpectItem(TLS_BLOCK *root, TLT_STATEMENT *statement, const char *type_name,
-                               TLS_STATEMENT *item, const char *prefix)
-{
-    TLI_IDENTIFIER *type = TLIT_FindType(TLP_DataTypeDomain(root->module), type_name);
-    return TLD_ExpectIdentifier(root, statement, type, item, prefix);
-}
-
 /* ---- Sections ---- */
 
 TLS_BLOCK *TLD_BeginSection(const TLD_SECTION_KIND &kind, TLP_MODULE *module,
@@ -302,6 +297,44 @@ void TLD_ParseItem(TLS_BLOCK *root, TLT_STATEMENT *statement, TLS_STATEMENT *ite
         return;
     }
     TLD_ParseData(root, statement, handler, item);
+}
+
+/* ---- Items ---- */
+
+static void parse_in_item(TLS_BLOCK *root, TLT_STATEMENT *statement, void *context)
+{
+    auto *item = static_cast<TLD_ITEM *>(context);
+    TLD_ParseItem(root, statement, &item->common, item->kind->words, item->kind->word_count,
+                  item->kind->handler);
+}
+
+TLD_ITEM *TLD_BeginItem(const TLD_ITEM_KIND &kind, TLS_BLOCK *root, TLT_STATEMENT *statement,
+                        const TLD_SECTION *owner, const char *prefix)
+{
+    TLI_IDENTIFIER *type = TLIT_FindType(TLP_DataTypeDomain(root->module), kind.type_name);
+    TLS_STATEMENT *record = TLS_NewStatement(kind.tag, kind.size, kind.statement_class, statement);
+    auto *item = reinterpret_cast<TLD_ITEM *>(record);
+    item->kind = &kind;
+    item->owner = owner;
+    TLT_GetToken(statement, nullptr);
+    TLS_Append(root, record);
+    item->identifier = TLD_ExpectIdentifier(root, statement, type, record, prefix);
+    if (item->identifier == nullptr) return item;
+    item->sub_block = TLS_SubBlock(root);
+    TLS_SetParser(item->sub_block, parse_in_item, item);
+    return item;
+}
+
+void TLD_ParseAttributes(TLS_BLOCK *root, TLT_STATEMENT *statement, TLD_ITEM *item)
+{
+    if (item->identifier == nullptr) return;
+    TLD_ParseData(root, statement, item->kind->handler, item);
+}
+
+void TLD_DeleteItem(TLD_ITEM *item)
+{
+    TLS_DelBlock(item->sub_block);
+    SH_Free(item);
 }
 
 /* ---- Code ---- */
@@ -339,16 +372,23 @@ void TLD_OpenRecord(TLC_STREAM *stream, TLS_STATEMENT *item)
 /* The domain's name, the owner's and the item's, each of less than 32 characters. */
 static constexpr int32_t ITEM_SYMBOL_SIZE = 80;
 
-TLC_PSECT *TLD_OpenItem(TLC_STREAM *stream, const TLD_SECTION *owner, TLI_IDENTIFIER *identifier)
+static void add_item_symbol(TLC_STREAM *stream, const TLD_ITEM *item)
 {
     char name[ITEM_SYMBOL_SIZE];
-    TLC_PSECT *section = TLC_NewPSect(stream);
-    TLI_SetPSect(identifier, section);
-    if (owner->symbol_class == NO_SYMBOL) return section;
+    const TLD_SECTION *owner = item->owner;
+    if (owner->symbol_class == NO_SYMBOL) return;
     ST_Concat(name, sizeof name, TLI_FullName(owner->identifier), ".",
-              TLI_IdentifierName(identifier), nullptr);
-    TLC_NameSymbol(stream, owner->symbol_class, TLI_IdentifierType(identifier), name);
-    return section;
+              TLI_IdentifierName(item->identifier), nullptr);
+    TLC_NameSymbol(stream, owner->symbol_class, TLI_IdentifierType(item->identifier), name);
+}
+
+bool TLD_OpenItem(TLC_STREAM *stream, TLD_ITEM *item)
+{
+    if (item->identifier == nullptr) return false;
+    item->section = TLC_NewPSect(stream);
+    TLI_SetPSect(item->identifier, item->section);
+    add_item_symbol(stream, item);
+    return true;
 }
 
 void TLD_CloseRecord(TLC_STREAM *stream)
@@ -383,9 +423,27 @@ void TLD_JavaField(TLC_STREAM *stream, const char *class_name, TLI_IDENTIFIER *i
 void TLD_JavaNew(TLC_STREAM *stream, const char *class_name, TLI_IDENTIFIER *identifier)
 {
     FILE *file = TLC_CFile(stream);
+    TLCJ_NoteConstructed(stream, identifier);
     std::fputs("    ", file);
     TLD_JavaName(stream, identifier);
     std::fprintf(file, " = new %s(", class_name);
+}
+
+void TLD_JavaArgument(TLC_STREAM *stream, TLE_TERM *term)
+{
+    std::fputs(", ", TLC_CFile(stream));
+    TLCJ_DataTerm(stream, term);
+}
+
+void TLD_JavaCall(TLC_STREAM *stream, TLI_IDENTIFIER *object, const char *method,
+                  TLI_IDENTIFIER *argument)
+{
+    FILE *file = TLC_CFile(stream);
+    std::fputs("    ", file);
+    TLD_JavaName(stream, object);
+    std::fprintf(file, ".%s(", method);
+    TLD_JavaName(stream, argument);
+    std::fputs(");\n", file);
 }
 
 void TLD_JavaPlainItem(TLC_STREAM *stream, const char *class_name, TLI_IDENTIFIER *identifier)

@@ -47,6 +47,27 @@ struct TLD_ITEM_WORD {
     void (*parse)(TLS_BLOCK *root, TLT_STATEMENT *statement, TLS_STATEMENT *item);
 };
 
+/* A kind of item that stands in a section and has a name of its own. */
+struct TLD_ITEM_KIND {
+    const char *tag;
+    int32_t size; /* bytes of the item */
+    const TLS_STATEMENT_CLASS *statement_class;
+    const char *type_name;      /* data type of the name */
+    TLD_HANDLER handler;        /* takes the attributes */
+    const TLD_ITEM_WORD *words; /* what stands in the item; may be null */
+    int32_t word_count;
+};
+
+/* What every such item begins with. */
+struct TLD_ITEM {
+    TLS_STATEMENT common;
+    const TLD_ITEM_KIND *kind;
+    const TLD_SECTION *owner;   /* main item of the section */
+    TLI_IDENTIFIER *identifier; /* null after an error, and then it gives no record */
+    TLS_BLOCK *sub_block;       /* owned; null after an error */
+    TLC_PSECT *section;         /* of the record; set when the code is generated */
+};
+
 /** @param item main item of any kind @return it as such */
 inline TLD_SECTION *TLD_AsSection(TLS_STATEMENT *item)
 {
@@ -90,26 +111,32 @@ void TLD_SetTerm(TLT_STATEMENT *statement, TLE_TERM **slot, intptr_t value);
 void TLD_CheckTerm(TLS_STATEMENT *item, const TLE_TERM *term, const char *name);
 
 /**
- * Reads the name of a nested item and declares it.
+ * Begins an item with a name: appends it, consumes the word and reads the name. Unless that failed,
+ * the item has a sub-block for the deeper statements.
+ * @param kind how the item is made
  * @param root root block
- * @param statement the statement
- * @param type_name data type of the item
- * @param item the item
+ * @param statement the statement, nothing of it consumed
+ * @param owner main item of the section
  * @param prefix stands before the name with a "." between; may be null
- * @return the identifier; null after a message
+ * @return the item; its block owns it
  */
-TLI_IDENTIFIER *TLD_ExpectItem(TLS_BLOCK *root, TLT_STATEMENT *statement, const char *type_name,
-                               TLS_STATEMENT *item, const char *prefix);
+TLD_ITEM *TLD_BeginItem(const TLD_ITEM_KIND &kind, TLS_BLOCK *root, TLT_STATEMENT *statement,
+                        const TLD_SECTION *owner, const char *prefix);
+
+/** Parses the attributes that stand behind an item's name; nothing if the name failed. */
+void TLD_ParseAttributes(TLS_BLOCK *root, TLT_STATEMENT *statement, TLD_ITEM *item);
+
+/** Frees an item and its sub-block, when what it holds besides is freed. */
+void TLD_DeleteItem(TLD_ITEM *item);
 
 /**
- * Opens the record of a nested item: a section for the bytes, which becomes the identifier's, with
- * a symbol named after the owner and the item.
+ * Opens the record of an item, if it has a name: a section for the bytes, which becomes the
+ * identifier's, with a symbol named after the owner and the item.
  * @param stream P-code stream
- * @param owner main item of the section, whose own record has been opened
- * @param identifier the item's
- * @return the section
+ * @param item the item, of which the owner's record has been opened
+ * @return false without a name
  */
-TLC_PSECT *TLD_OpenItem(TLC_STREAM *stream, const TLD_SECTION *owner, TLI_IDENTIFIER *identifier);
+bool TLD_OpenItem(TLC_STREAM *stream, TLD_ITEM *item);
 
 /** Writes the record that ends those of a section with nested items. */
 void TLD_CloseRecord(TLC_STREAM *stream);
@@ -133,6 +160,13 @@ void TLD_JavaField(TLC_STREAM *stream, const char *class_name, TLI_IDENTIFIER *i
  * @param identifier the item's
  */
 void TLD_JavaNew(TLC_STREAM *stream, const char *class_name, TLI_IDENTIFIER *identifier);
+
+/** Writes one more argument. @param term null writes null */
+void TLD_JavaArgument(TLC_STREAM *stream, TLE_TERM *term);
+
+/** Writes the statement that calls a method of an item with another item. */
+void TLD_JavaCall(TLC_STREAM *stream, TLI_IDENTIFIER *object, const char *method,
+                  TLI_IDENTIFIER *argument);
 
 /**
  * Writes an item, in either pass, of which nothing reaches Java but its name: a program sets the

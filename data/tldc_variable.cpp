@@ -6,12 +6,9 @@
 #include <cstdio>
 #include <iterator>
 
-#include <ostrum/sh.h>
 #include <ostrum/tlc.h>
 #include <ostrum/tlcj.h>
 #include <ostrum/tle.h>
-#include <ostrum/tli.h>
-#include <ostrum/tlit.h>
 #include <ostrum/tlt.h>
 
 enum { NAME, LOCATION, ATTRIBUTES };
@@ -54,27 +51,22 @@ static void take_attribute(void *user, TLS_BLOCK *block, TLT_STATEMENT *statemen
     }
 }
 
-static void parse_further(TLS_BLOCK *root, TLT_STATEMENT *statement, void *context)
-{
-    TLD_ParseItem(root, statement, static_cast<TLS_STATEMENT *>(context), nullptr, 0,
-                  take_attribute);
-}
+static constexpr TLD_ITEM_KIND variable_kind = {
+    .tag = "TLDC:VARLOC",
+    .size = sizeof(TLDC_VARIABLE),
+    .statement_class = &TLDC_VariableClass,
+    .type_name = "VARLOC",
+    .handler = take_attribute,
+    .words = nullptr,
+    .word_count = 0,
+};
 
 void TLDC_ParseVariable(TLS_BLOCK *root, TLT_STATEMENT *statement, const TLD_SECTION *owner,
                         TLE_TERM *const *owner_name)
 {
-    TLS_STATEMENT *item =
-        TLS_NewStatement("TLDC:VARLOC", sizeof(TLDC_VARIABLE), &TLDC_VariableClass, statement);
-    TLDC_VARIABLE *variable = variable_record(item);
-    variable->owner = owner;
-    variable->owner_name = owner_name;
-    TLT_GetToken(statement, nullptr);
-    TLS_Append(root, item);
-    variable->identifier = TLD_ExpectItem(root, statement, "VARLOC", item, nullptr);
-    if (variable->identifier == nullptr) return;
-    variable->sub_block = TLS_SubBlock(root);
-    TLS_SetParser(variable->sub_block, parse_further, item);
-    TLD_ParseData(root, statement, take_attribute, item);
+    TLD_ITEM *head = TLD_BeginItem(variable_kind, root, statement, owner, nullptr);
+    variable_record(&head->common)->owner_name = owner_name;
+    TLD_ParseAttributes(root, statement, head);
 }
 
 static void check_variable(TLS_BLOCK *, TLS_STATEMENT *item)
@@ -90,8 +82,7 @@ static TLE_TERM *variable_name(const TLDC_VARIABLE *variable)
 static void generate_variable(TLS_BLOCK *, TLC_STREAM *stream, TLS_STATEMENT *item)
 {
     TLDC_VARIABLE *variable = variable_record(item);
-    if (variable->identifier == nullptr) return;
-    variable->section = TLD_OpenItem(stream, variable->owner, variable->identifier);
+    if (!TLD_OpenItem(stream, &variable->head)) return;
     TLC_Code8(stream, TLD_RECORD_VARIABLE);
     TLC_Code8(stream, 0);
     TLD_DataTerm(stream, variable_name(variable));
@@ -102,23 +93,20 @@ static void generate_variable(TLS_BLOCK *, TLC_STREAM *stream, TLS_STATEMENT *it
 static void construct_variable(TLC_STREAM *stream, const TLDC_VARIABLE *variable)
 {
     FILE *file = TLC_CFile(stream);
-    TLD_JavaNew(stream, "Varloc", variable->identifier);
+    TLD_JavaNew(stream, "Varloc", variable->head.identifier);
     TLCJ_DataTerm(stream, variable_name(variable));
-    std::fputs(", ", file);
-    TLCJ_DataTerm(stream, variable->location);
-    std::fprintf(file, ", %d);\n    ", variable->attributes);
-    TLD_JavaName(stream, variable->identifier);
-    std::fputs(".setParent(", file);
-    TLD_JavaName(stream, variable->owner->identifier);
-    std::fputs(");\n\n", file);
+    TLD_JavaArgument(stream, variable->location);
+    std::fprintf(file, ", %d);\n", variable->attributes);
+    TLD_JavaCall(stream, variable->head.identifier, "setParent", variable->head.owner->identifier);
+    std::fputs("\n", file);
 }
 
 static void variable_java(TLS_BLOCK *, TLC_STREAM *stream, TLS_STATEMENT *item)
 {
     const TLDC_VARIABLE *variable = variable_record(item);
-    if (variable->identifier == nullptr) return;
+    if (variable->head.identifier == nullptr) return;
     if (TLD_JavaDeclares(stream)) {
-        TLD_JavaField(stream, "Varloc", variable->identifier);
+        TLD_JavaField(stream, "Varloc", variable->head.identifier);
     } else {
         construct_variable(stream, variable);
     }
@@ -129,8 +117,7 @@ static void delete_variable(TLS_STATEMENT *item)
     TLDC_VARIABLE *variable = variable_record(item);
     TLE_DelExpression(variable->name);
     TLE_DelExpression(variable->location);
-    TLS_DelBlock(variable->sub_block);
-    SH_Free(variable);
+    TLD_DeleteItem(&variable->head);
 }
 
 const TLS_STATEMENT_CLASS TLDC_VariableClass = {

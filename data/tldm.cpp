@@ -102,19 +102,11 @@ static void generate_component(TLS_BLOCK *, TLC_STREAM *stream, TLS_STATEMENT *i
     TLD_CloseRecord(stream);
 }
 
-/* An argument that is left out where there is no value. */
-static void write_possible(TLC_STREAM *stream, TLE_TERM *term)
-{
-    if (term == nullptr) return;
-    std::fputs(", ", TLC_CFile(stream));
-    TLCJ_DataTerm(stream, term);
-}
-
 static void write_parent(TLC_STREAM *stream, const TLDM_COMPONENT *component)
 {
     FILE *file = TLC_CFile(stream);
     if (component->parent == nullptr) return;
-    if (TLCJ_IsParentLate(stream, component->head.identifier, component->parent)) {
+    if (TLCJ_IsLate(stream, component->parent)) {
         TLCJ_NoteParent(stream, component->head.identifier, component->parent);
         return;
     }
@@ -131,8 +123,8 @@ static void construct_component(TLC_STREAM *stream, const TLDM_COMPONENT *compon
     TLD_JavaNew(stream, "Component", component->head.identifier);
     TLCJ_DataTerm(stream, component->name);
     std::fprintf(file, ", %x", static_cast<uint32_t>(component->flags));
-    write_possible(stream, component->location);
-    write_possible(stream, component->helpscreen);
+    if (component->location != nullptr) TLD_JavaArgument(stream, component->location);
+    if (component->helpscreen != nullptr) TLD_JavaArgument(stream, component->helpscreen);
     std::fputs(");\n", file);
     TLS_BlockCode(stream, component->head.sub_block);
     write_parent(stream, component);

@@ -55,6 +55,7 @@
 
 /* Data sections */
 #include <ostrum/tld.h>
+#include <ostrum/tldc.h>
 #include <ostrum/tldm.h>
 #include <ostrum/tldv.h>
 #include <ostrum/tldw.h>

@@ -132,19 +132,20 @@ TEST(Components, AreConstructedInJava)
         " VARLOC 3\n VARLOC right\n  Location = NULL, Attributes = -3, Name = NULL\nEND\n"
         "DATA COMPONENT FULL\nBEGIN\n Name = NULL\n Location = NULL\n"
         " Helpscreen = NULL\nEND\n");
-    EXPECT_EQ(source.java("ENGINE"), "  public static Component ENGINE;\n"
-                                     "    ENGINE = new Component(\"Engine\", 0, null);\n");
-    EXPECT_EQ(source.java("class"), "  public static Component class_;\n"
-                                    "  public static Varloc left;\n"
-                                    "  public static Varloc right;\n"
-                                    "    class_ = new Component(\"Engine\", 0);\n"
-                                    "    left = new Varloc(\"Engine\", null, 0);\n"
-                                    "    left.setParent(class_);\n\n"
-                                    "    right = new Varloc(null, null, -3);\n"
-                                    "    right.setParent(class_);\n\n"
-                                    "    class_.setParent(ENGINE);\n\n");
-    EXPECT_EQ(source.java("FULL"), "  public static Component FULL;\n"
-                                   "    FULL = new Component(null, 0, null, null);\n");
+    EXPECT_EQ(source.java({ "ENGINE", "class" }),
+              "  public static Component ENGINE;\n"
+              "  public static Component class_;\n"
+              "  public static Varloc left;\n"
+              "  public static Varloc right;\n"
+              "    ENGINE = new Component(\"Engine\", 0, null);\n"
+              "    class_ = new Component(\"Engine\", 0);\n"
+              "    left = new Varloc(\"Engine\", null, 0);\n"
+              "    left.setParent(class_);\n\n"
+              "    right = new Varloc(null, null, -3);\n"
+              "    right.setParent(class_);\n\n"
+              "    class_.setParent(ENGINE);\n\n");
+    EXPECT_EQ(source.java({ "FULL" }), "  public static Component FULL;\n"
+                                       "    FULL = new Component(null, 0, null, null);\n");
 }
 
 TEST(Components, CNamesItemsWithTheirSection)

@@ -220,6 +220,6 @@ TEST(Converters, AreObjectsInJava)
 {
     DataSource source("PRIVATE\nDATA CONVERTER X\nBEGIN\n Offset = 3\nEND\n"
                       "DATA WAVEFORM W\nBEGIN\n 3\nEND\n");
-    EXPECT_EQ(source.java("X"), "  public static Converter X;\n    X = new Converter();\n");
-    EXPECT_EQ(source.java("W"), "  public static Waveform W;\n    W = new Waveform();\n");
+    EXPECT_EQ(source.java({ "X" }), "  public static Converter X;\n    X = new Converter();\n");
+    EXPECT_EQ(source.java({ "W" }), "  public static Waveform W;\n    W = new Waveform();\n");
 }

@@ -8,34 +8,40 @@ class DataSource : public CompiledSource
 public:
     using CompiledSource::CompiledSource;
 
-    // What one section becomes: bytes in hexadecimal with a blank between; strings stand in quotes,
+    // What sections become: bytes in hexadecimal with a blank between; strings stand in quotes,
     // symbols as class:name/type, "->" is a jump to the section of that number; "|" opens a section,
     // with "even" if it starts on an even address.
-    std::string record(const char *name) const
+    std::string record(const std::vector<const char *> &names) const
     {
         TLC_STREAM *stream = TLC_NewStream(module, 0);
-        generate(stream, name);
+        for (const char *name : names)
+            generate(stream, name);
         std::string text;
         std::map<const TLC_PSECT *, int> numbers;
         for (TLC_PSECT *at = stream->code.head; at != nullptr; at = at->next)
             numbers.emplace(at, static_cast<int>(numbers.size()));
         for (TLC_PSECT *at = stream->code.head; at != nullptr; at = at->next)
             text += bytes_of(stream, at, numbers);
-        TLI_SetPSect(find(name), nullptr); // it ends with the stream
+        for (const char *name : names)
+            TLI_SetPSect(find(name), nullptr); // it ends with the stream
         TLC_DelStream(stream);
         return text.empty() ? text : text.substr(0, text.size() - 1);
     }
 
-    // Java text of one section: the fields, then what constructs them.
-    std::string java(const char *name) const
+    std::string record(const char *name) const { return record(std::vector<const char *>{ name }); }
+
+    // Java text of sections: the fields, then what constructs them.
+    std::string java(const std::vector<const char *> &names) const
     {
         char *buffer = nullptr;
         size_t size = 0;
         FILE *file = open_memstream(&buffer, &size);
         TLC_STREAM *stream = TLC_NewJavaStream(file, module, 0);
-        generate(stream, name);
+        for (const char *name : names)
+            generate(stream, name);
         TLC_NextPass(stream);
-        generate(stream, name);
+        for (const char *name : names)
+            generate(stream, name);
         TLC_DelStream(stream);
         std::fclose(file);
         std::string result(buffer, size);
