@@ -1,8 +1,11 @@
-# What an installed Ostrum consists of: headers, library, tools, pkg-config file, CMake package.
+# What an installed Ostrum consists of, in three components: library; tools, with their pages and
+# completions; dev, which is everything else.
 include(CMakePackageConfigHelpers)
 
-install(TARGETS ostrum EXPORT ostrum-targets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(TARGETS ${OSTRUM_TOOLS} EXPORT ostrum-targets RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(TARGETS ostrum EXPORT ostrum-targets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  COMPONENT library NAMELINK_COMPONENT dev)
+install(TARGETS ${OSTRUM_TOOLS} EXPORT ostrum-targets
+  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
 install(FILES include/ostrum.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(DIRECTORY include/ostrum DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
 
@@ -20,10 +23,15 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/ostrum-config.cmake
 # Manual pages, and what shells know of the tools.
 foreach(section 1 3 5)
   file(GLOB pages CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/man/*.${section})
-  install(FILES ${pages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section})
+  set(component tools)
+  if(section EQUAL 3)
+    set(component dev)
+  endif()
+  install(FILES ${pages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section} COMPONENT ${component})
 endforeach()
 foreach(tool ${OSTRUM_TOOLS})
   install(FILES tools/completion/${tool}.bash RENAME ${tool}
-    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
-  install(FILES tools/completion/_${tool} DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT tools)
+  install(FILES tools/completion/_${tool} DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions
+    COMPONENT tools)
 endforeach()
