@@ -585,6 +585,9 @@ static bool wants_brackets(const TLC_STREAM *stream, const C_PLACE &place, const
     /* The first factor of an unsigned product has an unsigned 1 before it. */
     bool is_signed_factor = form == WRAP && outer == TLE_LEVEL_PRODUCT && level == outer;
     if (is_signed_factor && !place.is_right && form_of(term) != WRAP) return true;
+    /* The first term of an unsigned sum has "0u+" before it, and two signs in a row are another one. */
+    bool is_sign = term->kind == TLT_TOKEN_PLUS && term->left == nullptr;
+    if (is_sign && form == WRAP && !place.is_right) return true;
     return TLE_NeedsBrackets(outer, level, place.is_right);
 }
 
