@@ -40,6 +40,14 @@ FILE *HOST_OpenStream(const char *path, const char *mode)
     return stream;
 }
 
+bool HOST_IdentifyStream(FILE *stream, HOST_FILE_IDENTITY *identity)
+{
+    struct stat status;
+    if (fstat(fileno(stream), &status) != 0) return false;
+    *identity = HOST_FILE_IDENTITY{ .device = status.st_dev, .number = status.st_ino };
+    return true;
+}
+
 /** Takes the line feed of a CR LF off the stream, if there is one. */
 static char end_behind_return(FILE *stream)
 {

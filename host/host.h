@@ -80,6 +80,14 @@ bool HOST_MakePath(char *host_path, const char *path, HOST_LAST_COMPONENT last);
  */
 FILE *HOST_OpenStream(const char *path, const char *mode);
 
+/** What tells one open file from another, whatever its paths. */
+struct HOST_FILE_IDENTITY {
+    uint64_t device, number;
+};
+
+/** Gives the identity of an open stream; false on failure. */
+bool HOST_IdentifyStream(FILE *stream, HOST_FILE_IDENTITY *identity);
+
 /**
  * Reads one line with its line end, or as much of it as fits. CR LF comes out as LF; LF or a CR
  * alone ends a line too. Nothing is terminated.
