@@ -26,10 +26,11 @@ public interface Hardware {
      *
      * @param type  its type in TOLL: "CONNECTOR"
      * @param name  its name: "X1"
-     * @return      a {@link Data}, or an object of the class of a record type
+     * @return      a {@link Data}, or an object of the class of a record type; of a "MESSAGE" its text as a
+     *              String, by default its name
      */
     default Object item(String type, String name) {
-        return Data.named(type, name);
+        return type.equals("MESSAGE") ? name : Data.named(type, name);
     }
 
     /**
