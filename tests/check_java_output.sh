@@ -108,3 +108,20 @@ compile "$scratch/places" Places.java
 PARAMETER P, null
 PARAMETER P, HELPSCREEN H
 null, null" ] || fail "a component has another place or help screen"
+
+# Items are constructed before those that need them, wherever they stand.
+cat >Plugs.java <<'SOURCE'
+class Plugs {
+    public static void main(String[] arguments) {
+        System.out.println(connectors.title() + ", " + connectors.seen_on(0) + ", " + connectors.seen_on(1));
+        System.out.println(connectors.pin_of(connectors.P1_a) + ", " + connectors.signal(0) + ", "
+            + connectors.signal(1) + ", " + connectors.lines());
+        System.out.println(connectors.shown(1).getFLAGS() + ", " + connectors.HARNESS.getPARENT() + ", "
+            + connectors.front.getCONNECTOR() + ", " + connectors.place.getPARENT());
+    }
+}
+SOURCE
+javac -cp "$scratch/runtime:$scratch/golden/classes" -d "$scratch/plugs" Plugs.java
+[ "$(java -cp "$scratch/runtime:$scratch/golden/classes:$scratch/plugs" Plugs)" = "C101, COMPONENT ECU_NAME, COMPONENT HARNESS_NAME
+PIN 1, GND, SHIELD, 140007
+3, COMPONENT VEHICLE_NAME, CONNECTOR ECU_PLUG_NAME, CONNECTOR ECU_PLUG_NAME" ] || fail "an item has another attribute"
