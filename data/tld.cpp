@@ -16,6 +16,7 @@
 #include <ostrum/st.h>
 #include <ostrum/tlc.h>
 #include <ostrum/tldc.h>
+#include <ostrum/tldh.h>
 #include <ostrum/tldm.h>
 #include <ostrum/tldv.h>
 #include <ostrum/tldw.h>
@@ -41,6 +42,7 @@ static_assert(std::size(word_names) == TLD_WORD_NONE, "one name a word");
 /* One for each kind of section. */
 static void (*const kind_initialisers[])(void) = {
     TLDC_Initialise,
+    TLDH_Initialise,
     TLDM_Initialise,
     TLDV_Initialise,
     TLDW_Initialise,

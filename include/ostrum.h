@@ -56,6 +56,7 @@
 /* Data sections */
 #include <ostrum/tld.h>
 #include <ostrum/tldc.h>
+#include <ostrum/tldh.h>
 #include <ostrum/tldm.h>
 #include <ostrum/tldv.h>
 #include <ostrum/tldw.h>
