@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -41,20 +42,25 @@ struct TOLL_OPTIONS {
     TOLL_COLOR color = TOLL_COLOR_AUTO;
     size_t jobs = 1; // sources compiled at a time
     std::vector<std::string> sources;
+    std::string problem; // of the option last set, if it was wrong
 };
 
-enum TOLL_USAGE {
-    TOLL_USAGE_COMPILE,  // the options are complete
-    TOLL_USAGE_ANSWERED, // --help or --version was printed
-    TOLL_USAGE_WRONG,    // one line of what is wrong was printed
+enum TOLL_ARGUMENT { TOLL_ARGUMENT_NONE, TOLL_ARGUMENT_NEEDED, TOLL_ARGUMENT_OPTIONAL };
+
+/** An option of the compiler, on a command line or as a qualifier. */
+struct TOLL_OPTION {
+    char letter; // 0: none
+    const char *name;
+    TOLL_ARGUMENT argument;
+    const char *value;                  // the argument, as help calls it
+    std::span<const char *const> words; // that the argument is one of; none: any text
+    bool repeats;                       // each time it adds
+    const char *meaning;
+    bool (*set)(TOLL_OPTIONS *options, const char *value); // false: options->problem tells why
 };
 
-/**
- * Reads the command line.
- *
- * @param argument_count  number of arguments, the program's name included
- * @param arguments       the arguments; reordered, options first
- * @param options         out: what they ask for
- * @return                what is left to do
- */
-TOLL_USAGE read_options(int argument_count, char **arguments, TOLL_OPTIONS *options);
+/** All options, in the order of the help. */
+std::span<const TOLL_OPTION> option_rows();
+
+/** What is wrong with the options together; null: nothing. */
+const char *find_conflict(const TOLL_OPTIONS &options);

@@ -10,14 +10,14 @@ _toll() {
         --diagnostics) mapfile -t COMPREPLY < <(compgen -W 'text gcc json sarif' -- "$word"); return ;;
         --color) mapfile -t COMPREPLY < <(compgen -W 'auto always never' -- "$word"); return ;;
         --list-sections) mapfile -t COMPREPLY < <(compgen -W 'full' -- "$word"); return ;;
-        -I) mapfile -t COMPREPLY < <(compgen -d -- "$word"); return ;;
-        -o | --output | --tree-graph | -MF) mapfile -t COMPREPLY < <(compgen -f -- "$word"); return ;;
-        -D | -j | --jobs) return ;;
+        -I | --include) mapfile -t COMPREPLY < <(compgen -d -- "$word"); return ;;
+        -o | --output | --tree-graph | --dependencies | -MF) mapfile -t COMPREPLY < <(compgen -f -- "$word"); return ;;
+        -D | --define | -j | --jobs) return ;;
     esac
     if [[ $word == -* ]]; then
-        mapfile -t COMPREPLY < <(compgen -W '-o --output= --target= -I -D -g -l --line-codes -b --check-bounds
+        mapfile -t COMPREPLY < <(compgen -W '-o --output= --target= -I --include= -D --define= -g --debug -l --line-codes -b --check-bounds
             --private-symbols --strict --warn-assignment --no-error-limit --progress --list-sections
-            --print-scopes --print-blocks -n --no-output --tree-graph -MD -MF -j --jobs= --diagnostics=
+            --print-scopes --print-blocks -n --no-output --tree-graph --dependencies -MD -MF -j --jobs= --diagnostics=
             --color= --help --version' -- "$word")
         [[ ${COMPREPLY[0]-} == *= ]] && compopt -o nospace
         return
