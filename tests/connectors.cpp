@@ -227,3 +227,89 @@ TEST(Connectors, Messages)
     EXPECT_EQ(CompiledSource(section("")).messages,
               "4 3 Value for 'NAME' not specified\n4 3 Value for 'MNEMONIC' not specified\n");
 }
+
+// Links have 16 bits.
+TEST(Connectors, TooManyItems)
+{
+    const auto messages_with = [](int pins) {
+        std::string body;
+        for (int i = 0; i < pins; i++)
+            body += " PIN \"" + std::to_string(i) + "\"\n  Name = NULL\n";
+        DataSource source(section(titles + body));
+        TLCG_Initialise();
+        const std::string path = (program::folder() / "large.kob").string();
+        EXPECT_EQ(TLCG_GenerateKOBCode(source.module, 0, path.c_str(), 0, "test"), 0);
+        EXPECT_EQ(std::filesystem::exists(path), source.messages.empty());
+        return std::string(source.messages);
+    };
+    // Behind the 22 bytes of the connector a pin has 8, and the link stands on the seventh of them.
+    constexpr int most = (32768 - 22 - 6) / 8 + 1;
+    EXPECT_EQ(messages_with(most), "");
+    EXPECT_EQ(messages_with(most + 1), "0 4 Jump out of range\n");
+}
+
+TEST(Connectors, AreListed)
+{
+    CompiledSource source(section(std::string(titles) + front));
+    testing::internal::CaptureStdout();
+    TLS_PrintBlock("ALL", TLIV_GetFunctionBlock(source.find("X1")), 0);
+    std::fflush(stdout);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              "ALL\n    CONNECTOR FUNCTION\n    END CONNECTOR FUNCTION\nEND ALL\n");
+}
+
+// The components of views come first, and their parents are set when all items are there.
+TEST(Connectors, AreConstructedInJava)
+{
+    DataSource source(
+        "PRIVATE\nFORWARD DATA COMPONENT PARENT\nFORWARD DATA COMPONENT LATE\n"
+        "FORWARD DATA COMPONENT NEVER\n"
+        "DATA CONNECTOR class\nBEGIN\n Name = NULL, Mnemonic = NULL, Cable = 70000\n"
+        " VIEW a Name = NULL, Shell = NULL, Component = LATE, Flags = Back\n"
+        " VIEW b Name = NULL, Shell = NULL, Helpscreen = NULL, Component = LATE\n"
+        " VIEW c Name = NULL, Shell = NULL, Component = NEVER\n"
+        " PIN 1\n PIN P\n  SignalName = \"s\", Name = \"n\", Line = \"1H\"\n"
+        "  POINT 2\n  POINT a View = a, Location = NULL, Sex = FEMALE\n"
+        "  POINT \"3\" Name = NULL, SignalName = NULL, Line = \"4\"\n"
+        "   View = a, Location = NULL, Sex = MALE\n"
+        " VARLOC d Location = NULL, Attributes = 2\nEND\n"
+        "DATA COMPONENT PARENT\nBEGIN\n Name = NULL\nEND\n"
+        "DATA COMPONENT LATE\nBEGIN\n Name = NULL, Parent = PARENT\n VARLOC e Location = "
+        "NULL\nEND\n"
+        "DATA COMPONENT OTHER\nBEGIN\n Name = NULL, Parent = OTHER\nEND\n");
+    EXPECT_EQ(
+        source.java({ "class", "PARENT", "OTHER" }),
+        "  public static Connector class_;\n"
+        "  public static View a;\n"
+        "  public static View b;\n"
+        "  public static View c;\n"
+        "  public static Pin P;\n"
+        "  public static Point P_a;\n"
+        "  public static Point P_3;\n"
+        "  public static Varloc d;\n"
+        "  public static Component PARENT;\n"
+        "  public static Component OTHER;\n"
+        "    class_ = new Connector(null, null, null, 70000, null);\n"
+        "    LATE = new Component(null, 0);\n"
+        "    e = new Varloc(null, null, 0);\n"
+        "    e.setParent(LATE);\n\n"
+        "    a = new View(null, 2, null, LATE, null);\n"
+        "    a.setParent(class_);\n"
+        "    class_.addView(a);\n\n"
+        "    b = new View(null, 0, null, LATE, null);\n"
+        "    b.setParent(class_);\n"
+        "    class_.addView(b);\n\n"
+        "    c = new View(null, 0, null, (Data) toll_item(\"COMPONENT\", \"M.NEVER\"), null);\n"
+        "    c.setParent(class_);\n"
+        "    class_.addView(c);\n\n"
+        "    P = new Pin(\"n\", 0);\n\n"
+        "    P_a = new Point(\"n\", 1, null, \"s\", 129);\n"
+        "    P_a.setParent(P);\n"
+        "    P_3 = new Point(null, 0, null, null, 4);\n"
+        "    P_3.setParent(P);\n"
+        "    d = new Varloc(null, null, 2);\n"
+        "    d.setParent(class_);\n\n"
+        "    PARENT = new Component(null, 0);\n"
+        "    OTHER = new Component(null, 0);\n"
+        "    OTHER.setParent(OTHER);\n\n");
+}
