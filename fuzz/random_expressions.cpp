@@ -68,6 +68,12 @@ static Expression literal(Maker *maker, Type type)
         return leaf(type, "cast(1500, CLOCK_TIME)");
     case Type::FLOAT:
         return leaf(type, "to_float(3)");
+    case Type::SHORT:
+        return leaf(type, "cast(300, SHORT)");
+    case Type::WORD:
+        return leaf(type, "cast(-70000, WORD)");
+    case Type::QUANTITY:
+        return leaf(type, "cast(12, QUANTITY)");
     default:
         if (maker->random.chance(30)) return leaf(type, one_of(maker, negative_words), SIGN);
         return leaf(type, one_of(maker, words));
@@ -188,7 +194,7 @@ static Expression make_argument(Maker *maker, const Parameter &parameter, int de
 {
     switch (parameter.mode) {
     case Mode::VALUE:
-        return make_expression(maker, parameter.type, depth);
+        return make_source(maker, parameter.type, depth);
     case Mode::REFERENCE:
         return make_place(maker, parameter.type, depth);
     case Mode::ARRAY: {
@@ -242,6 +248,8 @@ static const std::vector<Callee> &syscalls()
         { "now", Type::TIME, {} },
         { "pick", Type::COLOUR, { { Type::STRING, Mode::VALUE } } },
         { "root", Type::FLOAT, { { Type::FLOAT, Mode::VALUE } } },
+        { "read", Type::CHAR, { { Type::SHORT, Mode::VALUE }, { Type::WORD, Mode::VALUE } } },
+        { "label", Type::STRING, { { Type::QUANTITY, Mode::VALUE } } },
     };
     return list;
 }
@@ -309,7 +317,9 @@ static Expression divisor(Maker *maker, int depth)
 // A CHAR stands for its word between other words.
 static Expression make_term(Maker *maker, int depth)
 {
-    const Type type = maker->random.chance(15) ? Type::CHAR : Type::INT;
+    constexpr Type narrow[] = { Type::CHAR, Type::CHAR, Type::SHORT, Type::QUANTITY };
+    const bool is_narrow = maker->random.chance(20);
+    const Type type = is_narrow ? narrow[maker->random.below(std::size(narrow))] : Type::INT;
     return make_expression(maker, type, depth);
 }
 
@@ -360,11 +370,48 @@ static Expression element_of_open_array(Maker *maker, int depth)
                 { make_expression(maker, Type::INT, depth) }, { BIT_AND });
 }
 
+// What the compiler knows of types and items.
+static Expression known_word(Maker *maker)
+{
+    constexpr const char *known[] = { "max(CHAR)",
+                                      "min(CHAR)",
+                                      "min(INT)",
+                                      "max(INT)",
+                                      "upb(TABLE)",
+                                      "upb(WORDS)",
+                                      "ALLOCATE_SPACE",
+                                      "cast(max(COLOUR), INT)",
+                                      "cast(min(BOOL), INT)",
+                                      "cast(max(TIME), INT)",
+                                      "cast(qty(VOLTAGE), INT)",
+                                      "cast(qty(CLOCK_TIME), INT)" };
+    const Variable *array = find_shape(maker, Shape::ARRAY, Type::INT);
+    if (array != nullptr && maker->random.chance(30))
+        return leaf(Type::INT, "upb(" + array->name + ")");
+    return leaf(Type::INT, one_of(maker, known));
+}
+
+// A value of less than a word as a word.
+static Expression widened(Maker *maker, int depth)
+{
+    constexpr Type enumerations[] = { Type::COLOUR, Type::BOOL };
+    const Type type = enumerations[maker->random.below(2)];
+    switch (maker->random.below(4)) {
+    case 0:
+        return function_of(Type::INT, "abs", make_expression(maker, type, depth));
+    case 1:
+        return cast_to(Type::INT, make_expression(maker, type, depth));
+    default:
+        return cast_to(Type::INT, make_expression(maker, Type::CHAR, depth));
+    }
+}
+
 static Expression make_word(Maker *maker, int depth)
 {
     switch (maker->random.below(20)) {
     case 0:
-        return signed_value(Type::INT, "-", make_expression(maker, Type::INT, depth));
+        return signed_value(Type::INT, maker->random.chance(85) ? "-" : "+",
+                            make_expression(maker, Type::INT, depth));
     case 1:
         return signed_value(Type::INT, "~", make_expression(maker, Type::INT, depth));
     case 2:
@@ -374,11 +421,9 @@ static Expression make_word(Maker *maker, int depth)
     case 4:
         return word_of_quantity(maker, depth);
     case 5:
-        return maker->random.chance(50)
-                   ? cast_to(Type::INT, make_expression(maker, Type::COLOUR, depth))
-                   : cast_to(Type::INT, make_expression(maker, Type::BOOL, depth));
+        return widened(maker, depth);
     case 6:
-        return cast_to(Type::INT, make_expression(maker, Type::CHAR, depth));
+        return maker->random.chance(50) ? known_word(maker) : widened(maker, depth);
     case 7:
         return function_of(Type::INT, "round", make_expression(maker, Type::FLOAT, depth));
     case 8:
@@ -416,7 +461,8 @@ static Expression make_truth(Maker *maker, int depth)
 {
     constexpr Type compared[] = { Type::INT,    Type::INT,     Type::INT,    Type::CHAR,
                                   Type::COLOUR, Type::STRING,  Type::STRING, Type::VOLTAGE,
-                                  Type::TIME,   Type::CURRENT, Type::BOOL,   Type::CLOCK_TIME };
+                                  Type::TIME,   Type::CURRENT, Type::BOOL,   Type::CLOCK_TIME,
+                                  Type::FLOAT,  Type::WORD,    Type::SHORT,  Type::QUANTITY };
     switch (maker->random.below(10)) {
     case 0:
         return signed_value(Type::BOOL, "NOT ", make_expression(maker, Type::BOOL, depth));
@@ -461,9 +507,18 @@ static Expression derived_quantity(Maker *maker, Type type, int depth)
     }
 }
 
+// A number with a quantity behind it, which has the quantity's type.
+static Expression number_before(Maker *maker, Type type, int depth)
+{
+    Expression number = make_expression(maker, Type::INT, depth);
+    if (maker->random.chance(50) || type == Type::TIME || type == Type::FREQUENCY)
+        return binary(type, PRODUCT, "*", std::move(number), make_expression(maker, type, depth));
+    return binary(type, PRODUCT, "/", std::move(number), literal(maker, type));
+}
+
 static Expression make_quantity(Maker *maker, Type type, int depth)
 {
-    switch (maker->random.below(12)) {
+    switch (maker->random.below(14)) {
     case 0:
     case 1:
         return binary(type, SUM, maker->random.chance(50) ? "+" : "-",
@@ -485,13 +540,46 @@ static Expression make_quantity(Maker *maker, Type type, int depth)
     case 8:
         return maker->random.chance(50) ? call_of_type(maker, type, depth)
                                         : assignment(maker, type, depth);
+    case 9:
+        return maker->random.chance(10) ? leaf(type, (maker->random.chance(50) ? "min(" : "max(") +
+                                                         std::string(name_of(type)) + ")")
+                                        : number_before(maker, type, depth);
     default:
         return derived_quantity(maker, type, depth);
     }
 }
 
+// Four bytes that came from anywhere are computed with as a quantity of their own is.
+static Expression make_raw_word(Maker *maker, int depth)
+{
+    constexpr Type type = Type::WORD;
+    switch (maker->random.below(6)) {
+    case 0:
+        return binary(type, SUM, maker->random.chance(50) ? "+" : "-",
+                      make_expression(maker, type, depth), make_expression(maker, type, depth));
+    case 1:
+        return cast_to(type, make_expression(maker, Type::INT, depth));
+    case 2:
+        return lesser_or_greater(maker, type, depth);
+    case 3:
+        return assignment(maker, type, depth);
+    default:
+        return variable_value(maker, type, depth);
+    }
+}
+
+static Expression make_any_quantity(Maker *maker, int depth)
+{
+    if (maker->random.chance(30))
+        return cast_to(Type::QUANTITY, make_expression(maker, Type::VOLTAGE, depth));
+    return maker->random.chance(30) ? assignment(maker, Type::QUANTITY, depth)
+                                    : variable_value(maker, Type::QUANTITY, depth);
+}
+
 static Expression make_colour(Maker *maker, int depth)
 {
+    if (maker->random.chance(12)) return lesser_or_greater(maker, Type::COLOUR, depth);
+    if (maker->random.chance(3)) return leaf(Type::COLOUR, "max(COLOUR)");
     switch (maker->random.below(5)) {
     case 0:
         return with(Type::COLOUR, NAME, "cast(%0 & 1, COLOUR)",
@@ -525,6 +613,8 @@ static Expression make_character(Maker *maker, int depth)
 {
     if (maker->random.chance(30))
         return with(Type::CHAR, NAME, "LETTERS[%0]", { index_of(maker, depth) }, { ANYTHING });
+    if (maker->random.chance(10))
+        return cast_to(Type::CHAR, make_expression(maker, Type::INT, depth)); // cuts nothing
     return maker->random.chance(20) ? call_of_type(maker, Type::CHAR, depth)
                                     : variable_value(maker, Type::CHAR, depth);
 }
@@ -555,11 +645,54 @@ Expression make_expression(Maker *maker, Type type, int depth)
         return make_text(maker, depth - 1);
     case Type::FLOAT:
         return make_float(maker, depth - 1);
+    case Type::SHORT:
+        return maker->random.chance(80) ? variable_value(maker, type, depth)
+                                        : call_of_type(maker, type, depth);
+    case Type::WORD:
+        return make_raw_word(maker, depth - 1);
+    case Type::QUANTITY:
+        return make_any_quantity(maker, depth - 1);
     default:
         return maker->random.chance(25) ? variable_value(maker, type, depth)
                                         : make_quantity(maker, type, depth - 1);
     }
 }
+// What a place of a type takes beside its own.
+static Type source_type(Maker *maker, Type type)
+{
+    constexpr Type words[] = { Type::INT,  Type::VOLTAGE, Type::FLOAT,   Type::CHAR,
+                               Type::BOOL, Type::COLOUR,  Type::CURRENT, Type::QUANTITY };
+    constexpr Type numbers[] = { Type::INT, Type::CHAR, Type::VOLTAGE, Type::TIME };
+    switch (type) {
+    case Type::INT:
+        return maker->random.chance(50) ? Type::WORD : Type::QUANTITY;
+    case Type::CHAR:
+        return maker->random.chance(80) ? Type::INT : Type::WORD;
+    case Type::WORD:
+        return words[maker->random.below(std::size(words))];
+    case Type::QUANTITY:
+        return numbers[maker->random.below(std::size(numbers))];
+    case Type::FLOAT:
+        return Type::WORD;
+    default:
+        return is_quantity(type) && maker->random.chance(50) ? Type::WORD : type;
+    }
+}
+
+static bool is_often_mixed(Type type)
+{
+    return type == Type::CHAR || type == Type::WORD || type == Type::QUANTITY;
+}
+
+Expression make_source(Maker *maker, Type type, int depth)
+{
+    if (type == Type::SHORT)
+        return binary(Type::INT, BIT_AND, "&", make_expression(maker, Type::INT, depth),
+                      leaf(Type::INT, "32767"));
+    if (maker->random.chance(is_often_mixed(type) ? 70 : 10)) type = source_type(maker, type);
+    return make_expression(maker, type, depth);
+}
+
 Expression make_result(Maker *maker, Type type, int depth)
 {
     Expression result = make_expression(maker, type, depth);

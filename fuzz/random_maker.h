@@ -27,9 +27,10 @@ enum Level {
 constexpr Type quantities[] = { Type::VOLTAGE, Type::CURRENT,   Type::RESISTANCE,
                                 Type::TIME,    Type::FREQUENCY, Type::CLOCK_TIME };
 
-constexpr const char *type_names[] = { "INT",        "BOOL",    "CHAR",       "COLOUR", "STRING",
-                                       "VOLTAGE",    "CURRENT", "RESISTANCE", "TIME",   "FREQUENCY",
-                                       "CLOCK_TIME", "FLOAT",   "VOID" };
+constexpr const char *type_names[] = { "INT",    "BOOL",      "CHAR",       "COLOUR",
+                                       "STRING", "VOLTAGE",   "CURRENT",    "RESISTANCE",
+                                       "TIME",   "FREQUENCY", "CLOCK_TIME", "FLOAT",
+                                       "SHORT",  "WORD",      "QUANTITY",   "VOID" };
 
 inline const char *name_of(Type type)
 {
@@ -77,6 +78,7 @@ struct Maker {
     int nesting = 0;
     int loops = 0;
     int calls_left = 0;
+    bool is_handling = false; // inside of a handler, which no RETURN leaves
     int names = 0;
 };
 
@@ -91,6 +93,9 @@ Expression binary(Type type, int level, const std::string &sign, Expression left
 Expression cast_to(Type type, Expression operand);
 
 Expression make_expression(Maker *maker, Type type, int depth);
+
+// A value for a place of the type, or of a type that the place takes as well.
+Expression make_source(Maker *maker, Type type, int depth);
 
 // A place of the type that may be written; its text is empty if there is none.
 Expression make_place(Maker *maker, Type type, int depth);

@@ -46,6 +46,9 @@ constexpr Declaration locals[] = {
     { "f", Type::FREQUENCY, Shape::SCALAR, "FREQUENCY f" },
     { "k", Type::CLOCK_TIME, Shape::SCALAR, "CLOCK_TIME k" },
     { "x", Type::FLOAT, Shape::SCALAR, "FLOAT x" },
+    { "w", Type::WORD, Shape::SCALAR, "WORD w" },
+    { "q", Type::QUANTITY, Shape::SCALAR, "QUANTITY q" },
+    { "g", Type::SHORT, Shape::SCALAR, "SHORT g, g_end" }, // written as four bytes
     { "list", Type::INT, Shape::ARRAY, "INT list[4]" },
     { "bytes", Type::CHAR, Shape::ARRAY, "CHAR bytes[4]" },
     { "hues", Type::COLOUR, Shape::BY_COLOUR, "COLOUR hues[COLOUR]" },
@@ -62,6 +65,8 @@ constexpr Declaration statics[] = {
     { "h", Type::COLOUR, Shape::SCALAR, "COLOUR " },
     { "s", Type::STRING, Shape::SCALAR, "STRING " },
     { "v", Type::VOLTAGE, Shape::SCALAR, "VOLTAGE " },
+    { "w", Type::WORD, Shape::SCALAR, "WORD " },
+    { "f", Type::FLOAT, Shape::SCALAR, "FLOAT " },
     { "a", Type::INT, Shape::ARRAY, "INT " },
     { "d", Type::CHAR, Shape::ARRAY, "CHAR " },
     { "p", Type::NOTHING, Shape::PART, "PART " },
@@ -99,11 +104,17 @@ void begin_body(Maker *maker, Function *function)
         function->body.push_back(line("ref = " + part->name, {}, true));
         maker->locals.push_back({ "ref", Type::NOTHING, Shape::PART_REF, false });
     }
+    if (maker->random.chance(20)) {
+        function->locals["view"] = "INT view[]";
+        function->body.push_back(line("view = TABLE", {}, true));
+        maker->locals.push_back({ "view", Type::INT, Shape::OPEN_ARRAY, false });
+    }
     if (function->locals.count("op") != 0) function->body.push_back(line("op = plus", {}, true));
 }
 
-constexpr Type passed[] = { Type::INT,    Type::INT,  Type::CHAR,  Type::BOOL,   Type::COLOUR,
-                            Type::STRING, Type::TIME, Type::FLOAT, Type::VOLTAGE };
+constexpr Type passed[] = { Type::INT,     Type::INT,    Type::CHAR,  Type::BOOL,
+                            Type::COLOUR,  Type::STRING, Type::TIME,  Type::FLOAT,
+                            Type::VOLTAGE, Type::WORD,   Type::SHORT, Type::QUANTITY };
 
 Parameter make_parameter(Maker *maker)
 {
@@ -162,7 +173,8 @@ Function begin_function(Maker *maker, const std::string &name, Type result, cons
 
 constexpr Type results[] = { Type::INT,    Type::INT,     Type::BOOL,    Type::COLOUR,
                              Type::STRING, Type::VOLTAGE, Type::TIME,    Type::CURRENT,
-                             Type::CHAR,   Type::FLOAT,   Type::NOTHING, Type::NOTHING };
+                             Type::CHAR,   Type::FLOAT,   Type::NOTHING, Type::NOTHING,
+                             Type::SHORT,  Type::WORD,    Type::QUANTITY };
 
 void add_function(Maker *maker, const std::string &name, Type result,
                   const std::vector<Parameter> &parameters, int count)
@@ -193,7 +205,8 @@ void add_tree(Maker *maker, const std::string &name, Type result)
     begin_body(maker, &tree);
     tree.body.clear();
     for (Variable &variable : maker->locals)
-        if (variable.shape == Shape::PART_REF || variable.shape == Shape::OPERATION)
+        if (variable.shape == Shape::PART_REF || variable.shape == Shape::OPERATION ||
+            variable.shape == Shape::OPEN_ARRAY)
             variable.is_busy = true;
     std::erase_if(maker->locals, [](const Variable &variable) { return variable.is_busy; });
     Statement graph;
@@ -275,10 +288,12 @@ void add_runs(Maker *maker)
     for (int i = 0; i < 2; ++i) {
         maker->program.arguments.push_back(
             { random_word(&maker->random), random_word(&maker->random) });
-        /* Truth values and colours are among the answers. */
+        /* Truth values, colours and texts are among the answers. */
         std::vector<int32_t> answers;
         for (uint32_t count = maker->random.below(8); count > 0; --count)
-            answers.push_back(static_cast<int32_t>(maker->random.below(2)));
+            answers.push_back(maker->random.chance(60)
+                                  ? static_cast<int32_t>(maker->random.below(3))
+                                  : random_word(&maker->random));
         maker->program.answers.push_back(std::move(answers));
     }
 }

@@ -23,6 +23,9 @@ enum class Type : uint8_t {
     FREQUENCY,
     CLOCK_TIME,
     FLOAT,
+    SHORT,    // holds no more than 15 bits
+    WORD,     // four bytes of any kind
+    QUANTITY, // a quantity of any kind, and a number
     NOTHING
 };
 

@@ -36,6 +36,9 @@ constexpr const char *plain_values[] = { "0",
                                          "1Hz",
                                          "cast(1, CLOCK_TIME)",
                                          "to_float(0)",
+                                         "cast(1, SHORT)",
+                                         "cast(1, WORD)",
+                                         "cast(1, QUANTITY)",
                                          "" };
 
 const char *plain_value(Type type)

@@ -22,15 +22,17 @@ static std::vector<Statement> make_inner_block(Maker *maker)
 constexpr Type assigned[] = { Type::INT,        Type::INT,       Type::INT,        Type::CHAR,
                               Type::BOOL,       Type::COLOUR,    Type::STRING,     Type::VOLTAGE,
                               Type::CURRENT,    Type::TIME,      Type::CLOCK_TIME, Type::FLOAT,
-                              Type::RESISTANCE, Type::FREQUENCY, Type::CHAR };
+                              Type::RESISTANCE, Type::FREQUENCY, Type::CHAR,       Type::SHORT,
+                              Type::WORD,       Type::WORD,      Type::QUANTITY };
 
-// What may be stored in a place of a type, beside its own: cut, or turned into another unit.
-static Type source_type(Maker *maker, Type type)
+// Assignments turn milliseconds and microseconds into one another, arguments do not.
+static Expression stored_value(Maker *maker, Type type)
 {
-    if (!maker->random.chance(70)) return type;
-    if (type == Type::CHAR) return Type::INT;
-    if (type == Type::CLOCK_TIME) return Type::TIME;
-    return type == Type::TIME && maker->random.chance(30) ? Type::CLOCK_TIME : type;
+    if (type == Type::CLOCK_TIME && maker->random.chance(70))
+        return make_expression(maker, Type::TIME, 3);
+    if (type == Type::TIME && maker->random.chance(20))
+        return make_expression(maker, Type::CLOCK_TIME, 3);
+    return make_source(maker, type, 3);
 }
 
 static Statement make_assignment(Maker *maker)
@@ -38,8 +40,7 @@ static Statement make_assignment(Maker *maker)
     const Type type = assigned[maker->random.below(std::size(assigned))];
     Expression target = make_place(maker, type, 2);
     if (target.text.empty()) return line("tell(%0)", { make_expression(maker, Type::INT, 3) });
-    return line("%0 = %1",
-                { std::move(target), make_expression(maker, source_type(maker, type), 3) });
+    return line("%0 = %1", { std::move(target), stored_value(maker, type) });
 }
 
 static Statement make_call_statement(Maker *maker)
@@ -66,6 +67,15 @@ static Statement make_report(Maker *maker)
     }
 }
 
+// Lets the view lie on another array of four.
+static Statement make_view(Maker *maker)
+{
+    if (maker->function->locals.count("view") == 0) return make_assignment(maker);
+    const Variable *array = find_shape(maker, Shape::ARRAY, Type::INT);
+    const bool is_table = array == nullptr || maker->random.chance(30);
+    return line("view = " + (is_table ? "TABLE" : array->name), {});
+}
+
 static Statement make_if(Maker *maker)
 {
     Statement statement;
@@ -84,9 +94,34 @@ static Statement make_if(Maker *maker)
 static std::string new_local(Maker *maker, Type type)
 {
     const std::string name = "n" + std::to_string(maker->names++);
-    maker->function->locals[name] = std::string(name_of(type)) + " " + name;
+    const std::string rest = type == Type::SHORT ? ", " + name + "_end" : "";
+    maker->function->locals[name] = std::string(name_of(type)) + " " + name + rest;
     maker->locals.push_back({ name, type, Shape::SCALAR, true });
     return name;
+}
+
+static std::string new_box(Maker *maker)
+{
+    const std::string name = "n" + std::to_string(maker->names++);
+    maker->function->locals[name] = "BOX " + name;
+    maker->locals.push_back({ name, Type::NOTHING, Shape::BOX, true });
+    return name;
+}
+
+// A loop that only a RETURN ends.
+static Statement make_endless(Maker *maker)
+{
+    const std::string counter = new_local(maker, Type::INT);
+    Statement statement = line("WHILE TRUE", {}, true);
+    ++maker->loops;
+    Statement leave = line("IF (" + counter + " = " + counter + " + 1) > 3", {}, true);
+    leave.legs[0].body.push_back(make_return(maker));
+    leave.legs[0].body[0].is_fixed = true;
+    leave.legs[0].has_body = true;
+    statement.legs[0].body = make_inner_block(maker);
+    statement.legs[0].body.push_back(std::move(leave));
+    --maker->loops;
+    return statement;
 }
 
 static Statement make_while(Maker *maker)
@@ -112,7 +147,26 @@ static Expression small_word(Maker *maker)
 
 static Statement for_of(Maker *maker, const std::string &variable)
 {
-    switch (maker->random.below(6)) {
+    switch (maker->random.below(10)) {
+    case 4: {
+        const std::string number = new_local(maker, Type::SHORT);
+        return line("FOR " + number + " FROM %0 TO %1 BY 2",
+                    { small_word(maker), small_word(maker) });
+    }
+    case 5: {
+        const std::string length = new_local(maker, Type::TIME);
+        return line("FOR " + length + " FROM %0 TO %1 + 5ms BY 2ms",
+                    { make_expression(maker, Type::TIME, 0), leaf(Type::TIME, length, SUM) });
+    }
+    case 6: {
+        const std::string box = new_box(maker);
+        return line("FOR " + box + ":count FROM %0 TO %1",
+                    { small_word(maker), small_word(maker) });
+    }
+    case 7: {
+        const std::string truth = new_local(maker, Type::BOOL);
+        return line("FOR " + truth + " FROM %0 TO TRUE", { make_expression(maker, Type::BOOL, 1) });
+    }
     case 0: {
         const std::string volt = new_local(maker, Type::VOLTAGE);
         return line("FOR " + volt + " FROM 1V TO 2V BY 300mV", {});
@@ -148,15 +202,24 @@ static Statement make_for(Maker *maker)
 
 static Statement make_switch(Maker *maker)
 {
-    const bool is_colour = maker->random.chance(40);
-    const Type type = is_colour ? Type::COLOUR : Type::INT;
-    Statement statement = line("SWITCH %0", { make_expression(maker, type, 2) });
-    constexpr const char *numbers[] = { "CASE 0", "CASE 1, 3", "CASE 2", "CASE 7" };
-    constexpr const char *names[] = { "CASE RED", "CASE GREEN", "CASE BLUE" };
-    const uint32_t count = 1 + maker->random.below(is_colour ? 3 : 4);
+    struct Kind {
+        Type type;
+        std::vector<const char *> values;
+    };
+    static const Kind kinds[] = {
+        { Type::INT, { "0", "1, LIMIT", "SPACING", "LIMIT * 2 + 1" } },
+        { Type::COLOUR, { "RED", "GREEN", "BLUE" } },
+        { Type::CHAR, { "'a'", "'Z', '0'", "0, 1", "250" } },
+        { Type::SHORT, { "300", "100, 101, 301", "302" } },
+        { Type::BOOL, { "TRUE", "FALSE" } },
+        { Type::INT, { "128, 255", "4 - LIMIT", "2" } },
+    };
+    const Kind &kind = kinds[maker->random.below(std::size(kinds))];
+    Statement statement = line("SWITCH %0", { make_expression(maker, kind.type, 2) });
+    const uint32_t count = 1 + maker->random.below(static_cast<uint32_t>(kind.values.size()));
     for (uint32_t i = 0; i < count; ++i)
         statement.legs.push_back(
-            { is_colour ? names[i] : numbers[i], {}, make_inner_block(maker), true });
+            { std::string("CASE ") + kind.values[i], {}, make_inner_block(maker), true });
     if (maker->random.chance(60))
         statement.legs.push_back({ "DEFAULT", {}, make_inner_block(maker), true });
     return statement;
@@ -170,13 +233,40 @@ Statement make_return(Maker *maker)
 
 static Statement make_guard(Maker *maker)
 {
+    constexpr const char *numbers[] = { "0", "1", "SPACING", "LIMIT - 1", "2" };
     Statement statement;
-    const std::string number = std::to_string(maker->random.below(3));
-    std::vector<Statement> handler{ make_report(maker) };
+    const std::string number = numbers[maker->random.below(std::size(numbers))];
+    const bool was_handling = maker->is_handling;
+    maker->is_handling = true;
+    std::vector<Statement> handler = make_inner_block(maker);
+    maker->is_handling = false;
     std::vector<Statement> protected_block = make_inner_block(maker);
+    maker->is_handling = was_handling;
     statement.legs.push_back({ "WHEN " + number, {}, std::move(handler), true });
     statement.legs.push_back({ "ELSE", {}, std::move(protected_block), true });
     return statement;
+}
+
+// Leaves the handler early.
+static Statement make_end_of_handler(Maker *maker)
+{
+    Statement statement = line("IF %0", { make_expression(maker, Type::BOOL, 2) });
+    statement.legs[0].body.push_back(line("END_EXCEPTION", {}));
+    statement.legs[0].has_body = true;
+    return statement;
+}
+
+static Statement make_raise(Maker *maker)
+{
+    const std::string number = std::to_string(maker->random.below(3));
+    switch (maker->random.below(3)) {
+    case 0:
+        return line("RAISE " + number, {});
+    case 1:
+        return line("RAISE %0, %1", { small_word(maker), make_expression(maker, Type::INT, 2) });
+    default:
+        return line("RAISE " + number + ", %0", { make_expression(maker, Type::INT, 2) });
+    }
 }
 
 static Statement make_operation(Maker *maker)
@@ -197,8 +287,9 @@ static Statement make_statement(Maker *maker)
     if (which == 6) return make_operation(maker);
     if (which == 7 && maker->features.has_exceptions && !is_deep) return make_guard(maker);
     if (which == 8 && maker->features.has_exceptions && maker->random.chance(40))
-        return line("RAISE " + std::to_string(maker->random.below(3)) + ", %0",
-                    { make_expression(maker, Type::INT, 2) });
+        return make_raise(maker);
+    if (which == 8 && maker->is_handling) return make_end_of_handler(maker);
+    if (which == 9 && maker->random.chance(25)) return make_view(maker);
     if (which < 10) return make_report(maker);
     if (which < 13) return make_call_statement(maker);
     return make_assignment(maker);
@@ -209,7 +300,9 @@ std::vector<Statement> make_block(Maker *maker, int count)
     std::vector<Statement> block;
     for (int i = 0; i < count; ++i)
         block.push_back(make_statement(maker));
+    if (maker->is_handling) return block;
     if (maker->nesting > 0 && maker->random.chance(6)) block.push_back(make_return(maker));
+    if (maker->nesting == 0 && maker->random.chance(3)) block.push_back(make_endless(maker));
     return block;
 }
 } // namespace random_program

@@ -94,6 +94,7 @@ TYPEDEF RECORD BOX(INT count, PART inner, INT cells[4], CHAR marks[4])
 TYPEDEF -> PART PART_REF
 TYPEDEF FUNCTION INT OPERATION(INT a, b)
 CONST INT TABLE[4] = 3, -1, 4, 100000
+      INT LIMIT = 3, SPACING = 2
       STRING WORDS[2] = "low", "middle"
       CHAR LETTERS[4] = 'a', 'b', 'Z', '~'
       PART PARTS[2] = (1, 'x', GREEN, 3V, "one", TRUE), (-2, 'y', BLUE, 4V, "two", FALSE)
@@ -105,6 +106,8 @@ SYSCALL (40) INT ask(INT which)
         (45) COLOUR pick(STRING name)
         (46) TIME now()
         (47) FLOAT root(FLOAT value)
+        (48) CHAR read(SHORT channel, WORD mask)
+        (49) STRING label(QUANTITY reading)
 )";
 
 constexpr char private_head[] = R"(FUNCTION INT plus(INT a, b)

@@ -2,6 +2,7 @@
 // compares results and logs of syscalls. A program that differs is cut down to the smallest one that
 // still does. A number and a seed make the same program everywhere.
 // usage: three_targets [--seed N] [--count N] [--first N] [--targets c,java] [--jobs N] [--print]
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -27,7 +28,10 @@ struct Options {
     bool only_prints = false;
 };
 
-constexpr uint32_t batch_size = 100;
+// Programs of a block of numbers are compiled together. Where both text targets are asked for, the
+// last one of so many blocks goes without C, for the sake of what C cannot express.
+constexpr uint32_t block_size = 100;
+constexpr uint32_t block_cycle = 4;
 constexpr int most_cut_down = 2; // differing programs in each process that are cut down
 constexpr int most_trials = 300; // of one of them
 
@@ -43,6 +47,7 @@ constexpr const char *builders[] = {
 // The work of one process.
 struct Worker {
     const Options *options;
+    uint32_t outputs; // of the block in hand
     std::string folder;
     targets::Builder builder;
     uint32_t agreed = 0;   // programs
@@ -80,15 +85,15 @@ Trial try_programs(const Worker &worker, const std::vector<const Program *> &pro
     const std::string source = worker.folder + "/fuzz.tl";
     std::ofstream(source, std::ios::binary) << random_program::module_text(programs);
     targets::Job job = job_of(programs);
-    job.modules.push_back(targets::compile(source, worker.folder, { worker.options->outputs, 2 }));
+    job.modules.push_back(targets::compile(source, worker.folder, { worker.outputs, 2 }));
     trial.problem = job.modules[0].problems;
     if (!trial.problem.empty()) return trial;
     trial.is_compiled = true;
     trial.expected = targets::run_evaluator(job, &trial.problem);
     if (!trial.problem.empty()) return trial;
-    if (worker.options->outputs & targets::C)
+    if (worker.outputs & targets::C)
         trial.in_c = targets::run_c(job, worker.builder, &trial.problem);
-    if (!trial.problem.empty() || !(worker.options->outputs & targets::JAVA)) return trial;
+    if (!trial.problem.empty() || !(worker.outputs & targets::JAVA)) return trial;
     for (targets::Outcomes &outcomes : targets::run_java({ job }, worker.folder, &trial.problem))
         trial.in_java = std::move(outcomes);
     return trial;
@@ -203,22 +208,31 @@ void check_batch(Worker *worker, uint32_t first, const std::vector<Program> &pro
     }
 }
 
-// What C cannot express is for the others alone.
-random_program::Features features_of(const Options &options)
+uint32_t outputs_of(const Options &options, uint32_t block)
 {
-    const bool has_c = (options.outputs & targets::C) != 0;
-    return { !has_c, !has_c };
+    const bool is_for_java = block % block_cycle == block_cycle - 1;
+    const bool has_java = (options.outputs & targets::JAVA) != 0;
+    return has_java && is_for_java ? options.outputs & ~targets::C : options.outputs;
+}
+
+Program program_of(const Options &options, uint32_t number)
+{
+    const bool has_c = (outputs_of(options, number / block_size) & targets::C) != 0;
+    return random_program::make(options.seed, number, { !has_c, !has_c });
 }
 
 void work(Worker *worker, uint32_t index)
 {
     const Options &options = *worker->options;
-    for (uint32_t batch = index; batch * batch_size < options.count; batch += options.jobs) {
-        worker->builder.command = builders[batch % std::size(builders)];
+    const uint32_t end = options.first + options.count;
+    uint32_t block = options.first / block_size + index;
+    for (; block * block_size < end; block += options.jobs) {
+        worker->outputs = outputs_of(options, block);
+        worker->builder.command = builders[(block + block / block_cycle) % std::size(builders)];
         std::vector<Program> programs;
-        const uint32_t first = options.first + batch * batch_size;
-        for (uint32_t i = 0; i < batch_size && batch * batch_size + i < options.count; ++i)
-            programs.push_back(random_program::make(options.seed, first + i, features_of(options)));
+        const uint32_t first = std::max(options.first, block * block_size);
+        for (uint32_t i = first; i < std::min(end, (block + 1) * block_size); ++i)
+            programs.push_back(program_of(options, i));
         check_batch(worker, first, programs);
     }
 }
@@ -237,7 +251,7 @@ void start_worker(const Options &options, const std::string &scratch, uint32_t i
     std::setvbuf(stdout, buffer, _IOFBF, sizeof buffer);
     const std::string folder = path_of(scratch, index);
     std::filesystem::create_directories(folder);
-    Worker worker{ .options = &options, .folder = folder, .builder = {} };
+    Worker worker{ .options = &options, .outputs = 0, .folder = folder, .builder = {} };
     work(&worker, index);
     std::ofstream(folder + ".counts")
         << worker.agreed << " " << worker.too_long << " " << worker.differing << "\n";
@@ -281,8 +295,7 @@ int check_all(const Options &options)
 int print_programs(const Options &options)
 {
     for (uint32_t i = 0; i < options.count; ++i) {
-        const Program program =
-            random_program::make(options.seed, options.first + i, features_of(options));
+        const Program program = program_of(options, options.first + i);
         std::fputs(random_program::module_text({ &program }).c_str(), stdout);
     }
     return 0;
@@ -296,7 +309,7 @@ bool read_number(const char *text, uint64_t *number)
 }
 
 // Text targets of a list; 0 if it is none.
-uint32_t outputs_of(const std::string &list)
+uint32_t targets_of(const std::string &list)
 {
     if (list == "c") return targets::P_CODE | targets::C;
     if (list == "java") return targets::P_CODE | targets::JAVA;
@@ -315,7 +328,7 @@ bool read_options(int count, char **words, Options *options)
         }
         if (++i >= count) return false;
         if (word == "--targets") {
-            options->outputs = outputs_of(words[i]);
+            options->outputs = targets_of(words[i]);
             if (options->outputs == 0) return false;
             continue;
         }

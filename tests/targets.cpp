@@ -37,6 +37,8 @@ Value value_of(TLI_IDENTIFIER *type, const char *c_type)
     if (type == TLIT_StringType) value.kind = Kind::TEXT;
     const bool is_enumeration = TLIT_TypeSubclass(nullptr, type) == TLIT_SUBCLASS_ENUMERATION;
     if (type == TLIT_CharType || is_enumeration) value.kind = Kind::BYTE;
+    if (type == TLIT_CharType) value.values = 256;
+    if (is_enumeration) value.values = TLIT_EnumRange(type);
     return value;
 }
 
@@ -255,6 +257,13 @@ struct Log {
     size_t next_answer = 0;
 };
 
+// A stated answer as the type of the syscall has it.
+uint32_t answer_word(evaluator::Program *program, const Value &result, uint32_t answer)
+{
+    if (result.kind == Kind::TEXT && answer != 0) return evaluator::place_text(program, "answer");
+    return result.values == 0 ? answer : answer % static_cast<uint32_t>(result.values);
+}
+
 evaluator::Hooks hooks_of(const Job &job, const Run &run, Log *log)
 {
     evaluator::Hooks hooks;
@@ -264,7 +273,8 @@ evaluator::Hooks hooks_of(const Job &job, const Run &run, Log *log)
                                                               const evaluator::Words &words) {
                 log->calls.push_back(shown_call(program, syscall, short_name(job, syscall), words));
                 const size_t at = log->next_answer++;
-                return at < run.answers.size() ? static_cast<uint32_t>(run.answers[at]) : 0U;
+                const int32_t answer = at < run.answers.size() ? run.answers[at] : 0;
+                return answer_word(program, syscall.result, static_cast<uint32_t>(answer));
             };
         }
     }

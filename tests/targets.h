@@ -18,6 +18,7 @@ struct Value {
     Kind kind = Kind::WORD;
     std::string c_type;
     std::string java_type;
+    int32_t values = 0; // a type of so many values, the first 0, has no others; 0: a whole word
 };
 
 struct Routine {

@@ -55,6 +55,7 @@ std::string log_extras(const Routine &syscall)
 
 std::string answer_of(const Routine &syscall)
 {
+    const std::string values = std::to_string(syscall.result.values);
     switch (syscall.result.kind) {
     case Kind::NOTHING:
         return "    harness_answer();\n";
@@ -63,8 +64,10 @@ std::string answer_of(const Routine &syscall)
     case Kind::TEXT:
         return "    return harness_answer() == 0 ? NULL : \"answer\";\n";
     default:
-        return "    return (" + syscall.result.c_type + ")harness_answer();\n";
+        break;
     }
+    const std::string cut = syscall.result.values == 0 ? "" : " % " + values + "u";
+    return "    return (" + syscall.result.c_type + ")((unsigned)harness_answer()" + cut + ");\n";
 }
 
 std::string syscall_text(const Job &job, const Routine &syscall, const std::string &number)

@@ -25,6 +25,9 @@ std::string plan_of(const Job &job)
         for (const Routine &syscall : each.syscalls) {
             if (syscall.result.kind == Kind::FLOAT) plan += "float\t" + syscall.name + "\n";
             if (syscall.result.kind == Kind::TEXT) plan += "text\t" + syscall.name + "\n";
+            const int32_t values = syscall.result.values;
+            if (values != 0)
+                plan += "values\t" + syscall.name + "\t" + std::to_string(values) + "\n";
         }
     }
     plan += "build\n";

@@ -14,8 +14,10 @@ import java.net.URL;
 import java.net.URLClassLoader;
 import java.nio.charset.StandardCharsets;
 import java.util.ArrayList;
+import java.util.HashMap;
 import java.util.HashSet;
 import java.util.List;
+import java.util.Map;
 import java.util.Set;
 import javax.tools.JavaCompiler;
 import javax.tools.StandardJavaFileManager;
@@ -29,6 +31,7 @@ import javax.tools.ToolProvider;
  *   job FOLDER CLASS MODULE        what follows is about this class
  *   float SYSCALL                  gives a FLOAT
  *   text SYSCALL                   gives a STRING
+ *   values SYSCALL COUNT           gives one of so many values, the first 0
  *   build                          compiles; prints "built", or "problem" and why
  *   run FUNCTION COUNT ARGUMENT... ANSWER...
  */
@@ -39,6 +42,7 @@ final class Harness implements Hardware {
 
     private static final Set<String> floats = new HashSet<>();
     private static final Set<String> texts = new HashSet<>();
+    private static final Map<String, Integer> valueCounts = new HashMap<>();
     private static String folder;
     private static String className;
     private static String prefix;
@@ -71,7 +75,8 @@ final class Harness implements Hardware {
         ++next;
         if (floats.contains(name)) return Float.intBitsToFloat(answer);
         if (texts.contains(name)) return answer == 0 ? null : "answer";
-        return answer;
+        Integer values = valueCounts.get(name);
+        return values == null ? answer : Integer.remainderUnsigned(answer, values);
     }
 
     private static Object argument(Class<?> type, String text) {
@@ -172,6 +177,9 @@ final class Harness implements Hardware {
             return null;
         case "text":
             texts.add(parts[1]);
+            return null;
+        case "values":
+            valueCounts.put(parts[1], Integer.valueOf(parts[2]));
             return null;
         case "build":
             return build();
