@@ -41,11 +41,7 @@ static_assert(std::size(word_names) == TLD_WORD_NONE, "one name a word");
 
 /* One for each kind of section. */
 static void (*const kind_initialisers[])(void) = {
-    TLDC_Initialise,
-    TLDH_Initialise,
-    TLDM_Initialise,
-    TLDV_Initialise,
-    TLDW_Initialise,
+    TLDC_Initialise, TLDH_Initialise, TLDM_Initialise, TLDV_Initialise, TLDW_Initialise,
 };
 
 static HS_DOMAIN *words;
