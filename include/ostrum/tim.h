@@ -10,15 +10,15 @@ OSTRUM_BEGIN
 
 /** A local time in its parts. */
 typedef struct TIM_UNPACKED_TIME {
-    int32_t seconds;         /* 0 to 60 */
-    int32_t minutes;         /* 0 to 59 */
-    int32_t hours;           /* 0 to 23 */
-    int32_t day_of_month;    /* 1 to 31 */
-    int32_t month;           /* 0 to 11 */
-    int32_t year;            /* years since 1900 */
-    int32_t day_of_week;     /* 0 to 6, Sunday is 0 */
-    int32_t day_of_year;     /* 0 to 365 */
-    int32_t daylight_saving; /* above 0 if it is in force */
+    int32_t seconds;         /**< 0 to 60 */
+    int32_t minutes;         /**< 0 to 59 */
+    int32_t hours;           /**< 0 to 23 */
+    int32_t day_of_month;    /**< 1 to 31 */
+    int32_t month;           /**< 0 to 11 */
+    int32_t year;            /**< years since 1900 */
+    int32_t day_of_week;     /**< 0 to 6, Sunday is 0 */
+    int32_t day_of_year;     /**< 0 to 365 */
+    int32_t daylight_saving; /**< above 0 if it is in force */
 } TIM_UNPACKED_TIME;
 
 /** Does nothing. */

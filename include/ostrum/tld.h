@@ -30,9 +30,9 @@ enum {
 
 /** An attribute of an item, or a word that an attribute can be given. */
 typedef struct TLD_ATTRIBUTE {
-    int32_t code;          /* what a search gives; of a word the bits that it stands for */
-    const char *word;      /* in mixed case; any case and any unambiguous beginning fits */
-    const char *type_name; /* type of the constant; null if the value is read by the parser */
+    int32_t code;          /**< what a search gives; of a word the bits that it stands for */
+    const char *word;      /**< in mixed case; any case and any unambiguous beginning fits */
+    const char *type_name; /**< type of the constant; null if the value is read by the parser */
 } TLD_ATTRIBUTE;
 
 /** Takes one attribute of a list; word has been read, and nothing behind it. */

@@ -30,29 +30,37 @@ typedef void (*TLS_CODE)(TLS_BLOCK *block, TLC_STREAM *stream, TLS_STATEMENT *st
 
 /** The head of every statement record; the fields of its kind follow. */
 struct TLS_STATEMENT {
-    const TLS_STATEMENT_CLASS *statement_class; /* never null */
-    TLT_STATEMENT *statement;                   /* source, owned by its section */
-    TLS_STATEMENT *next;                        /* in its block's list */
+    const TLS_STATEMENT_CLASS *statement_class; /**< never null */
+    TLT_STATEMENT *statement;                   /**< source, owned by its section */
+    TLS_STATEMENT *next;                        /**< in its block's list */
 };
 
 /** Operations of one kind of statement; a null entry means that there is nothing to do. */
 struct TLS_STATEMENT_CLASS {
+    /** TLS_NO_PASS, or 0. */
     uint32_t flags;
+    /** Prints it, indented by columns. */
     void (*print)(TLS_STATEMENT *statement, int32_t indent);
+    /** Checks it once its block is whole. */
     void (*check)(TLS_BLOCK *block, TLS_STATEMENT *statement);
+    /** Generates P-code. */
     TLS_CODE p_code;
+    /** Writes C. */
     TLS_CODE c_code;
+    /** Writes Java. */
     TLS_CODE java_code;
-    void (*delete_statement)(TLS_STATEMENT *statement); /* frees the record and what it owns */
+    void (*delete_statement)(TLS_STATEMENT *statement); /**< frees the record and what it owns */
+    /** Tells a walk of it. */
     void *(*tree)(TLS_BLOCK *block, int32_t pass, void *context, TLS_STATEMENT *statement);
+    /** Section of a node of a tree. */
     TLC_PSECT *(*node_section)(TLS_STATEMENT *statement);
-    const TLSS_CALLBACKS *const *tree_callbacks; /* where the client's table is kept */
+    const TLSS_CALLBACKS *const *tree_callbacks; /**< where the client's table is kept */
 };
 
 /** How the bodies of one section type begin and how their statements are parsed. */
 struct TLS_BLOCK_CLASS {
-    TLS_BEGIN begin;
-    TLS_PARSER parser;
+    TLS_BEGIN begin;   /**< makes the root block of a section */
+    TLS_PARSER parser; /**< parses a statement that reaches the block */
 };
 
 /**
