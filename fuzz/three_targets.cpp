@@ -68,6 +68,7 @@ struct Trial {
 targets::Job job_of(const std::vector<const Program *> &programs)
 {
     targets::Job job;
+    job.has_proper_answers = true;
     for (const Program *program : programs) {
         for (size_t run = 0; run < program->arguments.size(); ++run) {
             std::vector<std::string> arguments;

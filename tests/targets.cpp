@@ -258,10 +258,12 @@ struct Log {
 };
 
 // A stated answer as the type of the syscall has it.
-uint32_t answer_word(evaluator::Program *program, const Value &result, uint32_t answer)
+uint32_t answer_word(const Job &job, evaluator::Program *program, const Value &result,
+                     uint32_t answer)
 {
     if (result.kind == Kind::TEXT && answer != 0) return evaluator::place_text(program, "answer");
-    return result.values == 0 ? answer : answer % static_cast<uint32_t>(result.values);
+    const bool is_whole = result.values == 0 || !job.has_proper_answers;
+    return is_whole ? answer : answer % static_cast<uint32_t>(result.values);
 }
 
 evaluator::Hooks hooks_of(const Job &job, const Run &run, Log *log)
@@ -274,7 +276,7 @@ evaluator::Hooks hooks_of(const Job &job, const Run &run, Log *log)
                 log->calls.push_back(shown_call(program, syscall, short_name(job, syscall), words));
                 const size_t at = log->next_answer++;
                 const int32_t answer = at < run.answers.size() ? run.answers[at] : 0;
-                return answer_word(program, syscall.result, static_cast<uint32_t>(answer));
+                return answer_word(job, program, syscall.result, static_cast<uint32_t>(answer));
             };
         }
     }

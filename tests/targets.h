@@ -18,7 +18,7 @@ struct Value {
     Kind kind = Kind::WORD;
     std::string c_type;
     std::string java_type;
-    int32_t values = 0; // a type of so many values, the first 0, has no others; 0: a whole word
+    int32_t values = 0; // of an enumeration or CHAR, from 0 on; else 0
 };
 
 struct Routine {
@@ -66,6 +66,8 @@ struct Run {
 struct Job {
     std::vector<Module> modules;
     std::vector<Run> runs;
+    bool has_proper_answers =
+        false; // those beyond the values of a syscall's type are turned into one
 };
 
 // What came out of each run: "= 5 ; calls a(1) b("x")", "stops", "raises 7, 2", "fails REASON", or

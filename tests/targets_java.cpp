@@ -26,7 +26,7 @@ std::string plan_of(const Job &job)
             if (syscall.result.kind == Kind::FLOAT) plan += "float\t" + syscall.name + "\n";
             if (syscall.result.kind == Kind::TEXT) plan += "text\t" + syscall.name + "\n";
             const int32_t values = syscall.result.values;
-            if (values != 0)
+            if (values != 0 && job.has_proper_answers)
                 plan += "values\t" + syscall.name + "\t" + std::to_string(values) + "\n";
         }
     }
