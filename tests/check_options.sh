@@ -29,7 +29,9 @@ for place in page bash zsh; do
 done
 
 if command -v mandoc >/dev/null; then
-    mandoc -Tlint -W warning "$page" || complain "$page is no proper page"
+    for any in "$source"/docs/man/*.[135]; do
+        mandoc -Tlint -W warning "$any" || complain "$any is no proper page"
+    done
 fi
 bash -n "$completion/$name.bash" || failed=1
 if command -v zsh >/dev/null; then zsh -n "$completion/_$name" || failed=1; fi
