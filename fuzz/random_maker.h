@@ -72,8 +72,11 @@ struct Maker {
     std::string prefix;
     std::vector<Callee> callees;
     std::vector<Variable> statics;
+    std::vector<Variable> library_statics;
+    Callee self; // the function under way
     std::vector<Variable> locals;
     Function *function = nullptr;
+    bool is_library = false;
     Type result = Type::INT;
     int nesting = 0;
     int loops = 0;

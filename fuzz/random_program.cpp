@@ -59,28 +59,34 @@ constexpr Declaration locals[] = {
 };
 
 constexpr Declaration statics[] = {
-    { "n", Type::INT, Shape::SCALAR, "INT " },
-    { "c", Type::CHAR, Shape::SCALAR, "CHAR " },
-    { "b", Type::BOOL, Shape::SCALAR, "BOOL " },
-    { "h", Type::COLOUR, Shape::SCALAR, "COLOUR " },
-    { "s", Type::STRING, Shape::SCALAR, "STRING " },
-    { "v", Type::VOLTAGE, Shape::SCALAR, "VOLTAGE " },
-    { "w", Type::WORD, Shape::SCALAR, "WORD " },
-    { "f", Type::FLOAT, Shape::SCALAR, "FLOAT " },
-    { "a", Type::INT, Shape::ARRAY, "INT " },
-    { "d", Type::CHAR, Shape::ARRAY, "CHAR " },
-    { "p", Type::NOTHING, Shape::PART, "PART " },
-    { "x", Type::NOTHING, Shape::BOX, "BOX " },
+    { "n", Type::INT, Shape::SCALAR, "VAR INT " },
+    { "c", Type::CHAR, Shape::SCALAR, "VAR CHAR " },
+    { "b", Type::BOOL, Shape::SCALAR, "VAR BOOL " },
+    { "h", Type::COLOUR, Shape::SCALAR, "VAR COLOUR " },
+    { "s", Type::STRING, Shape::SCALAR, "VAR STRING " },
+    { "v", Type::VOLTAGE, Shape::SCALAR, "VAR VOLTAGE " },
+    { "w", Type::WORD, Shape::SCALAR, "VAR WORD " },
+    { "f", Type::FLOAT, Shape::SCALAR, "VAR FLOAT " },
+    { "a", Type::INT, Shape::ARRAY, "VAR INT " },
+    { "d", Type::CHAR, Shape::ARRAY, "VAR CHAR " },
+    { "p", Type::NOTHING, Shape::PART, "VAR PART " },
+    { "x", Type::NOTHING, Shape::BOX, "VAR BOX " },
+    { "m", Type::INT, Shape::SCALAR, "NONVOLATILE INT " },
+    { "k", Type::COLOUR, Shape::SCALAR, "NONVOLATILE COLOUR " },
+    { "r", Type::CHAR, Shape::ARRAY, "NONVOLATILE CHAR " },
+    { "y", Type::NOTHING, Shape::PART, "NONVOLATILE PART " },
 };
 
-void declare_statics(Maker *maker)
+void declare_statics(Maker *maker, std::vector<Variable> *list, const std::string &prefix,
+                     bool is_library)
 {
     for (const Declaration &declaration : statics) {
-        if (!maker->random.chance(50)) continue;
-        const std::string name = maker->prefix + declaration.name;
+        if (!maker->random.chance(45)) continue;
+        const std::string name = prefix + declaration.name;
         const bool is_array = declaration.shape == Shape::ARRAY;
-        maker->program.statics[name] = declaration.text + name + (is_array ? "[4]" : "");
-        maker->statics.push_back({ name, declaration.type, declaration.shape, false });
+        maker->program.statics[name] = { declaration.text + name + (is_array ? "[4]" : ""),
+                                         is_library };
+        list->push_back({ name, declaration.type, declaration.shape, false });
     }
 }
 
@@ -176,22 +182,85 @@ constexpr Type results[] = { Type::INT,    Type::INT,     Type::BOOL,    Type::C
                              Type::CHAR,   Type::FLOAT,   Type::NOTHING, Type::NOTHING,
                              Type::SHORT,  Type::WORD,    Type::QUANTITY };
 
-void add_function(Maker *maker, const std::string &name, Type result,
-                  const std::vector<Parameter> &parameters, int count)
+Known make_known(Maker *maker)
 {
-    Function function = begin_function(maker, name, result, "FUNCTION", parameters);
-    maker->function = &function;
-    maker->result = result;
-    maker->calls_left = 3;
-    begin_body(maker, &function);
+    constexpr Known others[] = { Known::FORWARD, Known::PUBLIC, Known::PUBLIC, Known::ENTRY };
+    if (maker->random.chance(70)) return Known::NOT_BEFORE;
+    return others[maker->random.below(std::size(others))];
+}
+
+void end_body(Maker *maker, Function *function, int count)
+{
     for (Statement &statement : make_block(maker, count))
-        function.body.push_back(std::move(statement));
-    if (result != Type::NOTHING) {
-        function.body.push_back(make_return(maker));
-        function.body.back().is_fixed = true;
-    }
-    function.is_public = maker->random.chance(20);
+        function->body.push_back(std::move(statement));
+    if (maker->result == Type::NOTHING) return;
+    function->body.push_back(make_return(maker));
+    function->body.back().is_fixed = true;
+}
+
+bool has_name(const std::vector<Variable> &list, const std::string &name)
+{
+    for (const Variable &variable : list)
+        if (variable.name == name) return true;
+    return false;
+}
+
+// A function inside the one under way, which alone can call it.
+Callee add_inner(Maker *maker, Function *outer)
+{
+    const std::vector<Variable> outer_locals = maker->locals;
+    const Type outer_result = maker->result;
+    const Callee outer_self = maker->self;
+    Callee callee{ outer->name + "in", results[maker->random.below(std::size(results))], {} };
+    for (uint32_t k = maker->random.below(3); k > 0; --k)
+        callee.parameters.push_back(make_parameter(maker));
+    Function inner =
+        begin_function(maker, callee.name, callee.result, "FUNCTION", callee.parameters);
+    maker->function = &inner;
+    maker->result = callee.result;
+    maker->self = {};
+    maker->calls_left = 1;
+    begin_body(maker, &inner);
+    for (const Variable &variable : outer_locals)
+        if (maker->features.has_outer_variables && !has_name(maker->locals, variable.name))
+            maker->locals.push_back(variable);
+    end_body(maker, &inner, 1 + static_cast<int>(maker->random.below(3)));
+    outer->inner.push_back(std::move(inner));
+    maker->function = outer;
+    maker->locals = outer_locals;
+    maker->result = outer_result;
+    maker->self = outer_self;
+    return callee;
+}
+
+void add_function(Maker *maker, const Callee &callee, int count)
+{
+    Function function =
+        begin_function(maker, callee.name, callee.result, "FUNCTION", callee.parameters);
+    maker->function = &function;
+    maker->result = callee.result;
+    maker->self = callee.name == maker->program.entry ? Callee{} : callee;
+    begin_body(maker, &function);
+    const size_t callees = maker->callees.size();
+    if (maker->features.has_inner && maker->random.chance(25))
+        maker->callees.push_back(add_inner(maker, &function));
+    maker->calls_left = 3;
+    end_body(maker, &function, count);
+    maker->callees.resize(callees);
+    function.known = make_known(maker);
+    function.is_library = maker->is_library;
     maker->program.functions.push_back(std::move(function));
+}
+
+// A node that only does something, and goes on with the next statement or elsewhere.
+void add_plain_node(Maker *maker, const std::string &name, const std::string &next,
+                    Statement *graph)
+{
+    graph->legs.push_back({ (maker->random.chance(20) ? "SUBTREE " : "NODE ") + name + " tell(%0)",
+                            { make_expression(maker, Type::INT, 2) },
+                            {},
+                            false });
+    if (maker->random.chance(50)) graph->legs.push_back({ "GOTO " + next, {}, {}, false });
 }
 
 // A graph of which every way leads down.
@@ -212,6 +281,11 @@ void add_tree(Maker *maker, const std::string &name, Type result)
     Statement graph;
     for (uint32_t i = 0; i < nodes; ++i) {
         const std::string target = "m" + std::to_string(i);
+        if (maker->random.chance(25)) {
+            add_plain_node(maker, target, i + 1 < nodes ? "m" + std::to_string(i + 1) : "w1",
+                           &graph);
+            continue;
+        }
         const bool is_colour = maker->random.chance(50);
         graph.legs.push_back({ (maker->random.chance(20) ? "SUBTREE " : "NODE ") + target + " %0",
                                { make_expression(maker, is_colour ? Type::COLOUR : Type::BOOL, 2) },
@@ -233,32 +307,46 @@ void add_tree(Maker *maker, const std::string &name, Type result)
                                        false });
         }
     }
-    for (uint32_t i = 0; i < leaves; ++i)
-        graph.legs.push_back(
-            { "LEAF w" + std::to_string(i) + " %0", { make_result(maker, result, 2) }, {}, false });
+    for (uint32_t i = 0; i < leaves; ++i) {
+        const std::string head = "LEAF w" + std::to_string(i);
+        if (result == Type::NOTHING)
+            graph.legs.push_back({ head, {}, {}, false });
+        else
+            graph.legs.push_back({ head + " %0", { make_result(maker, result, 2) }, {}, false });
+    }
     graph.is_fixed = true;
     tree.body.push_back(std::move(graph));
+    tree.known = make_known(maker);
+    tree.is_library = maker->is_library;
     maker->program.functions.push_back(std::move(tree));
+}
+
+// What is made next is for the library or not; each module has statics of its own.
+void set_library(Maker *maker, bool is_library)
+{
+    if (maker->is_library != is_library) std::swap(maker->statics, maker->library_statics);
+    maker->is_library = is_library;
 }
 
 void add_helpers(Maker *maker)
 {
     const uint32_t count = maker->random.below(4);
+    const uint32_t in_library = maker->features.has_library ? maker->random.below(count + 1) : 0;
     for (uint32_t i = 0; i < count; ++i) {
+        set_library(maker, i < in_library);
         const std::string name = maker->prefix + "f" + std::to_string(i);
         Callee callee{ name, results[maker->random.below(std::size(results))], {} };
         if (maker->random.chance(15)) {
-            callee.result = maker->random.chance(50) ? Type::INT : Type::STRING;
             callee.parameters = { { Type::INT, Mode::VALUE } };
             add_tree(maker, name, callee.result);
         } else {
             for (uint32_t k = maker->random.below(4); k > 0; --k)
                 callee.parameters.push_back(make_parameter(maker));
-            add_function(maker, name, callee.result, callee.parameters,
-                         1 + static_cast<int>(maker->random.below(4)));
+            add_function(maker, callee, 1 + static_cast<int>(maker->random.below(4)));
         }
         maker->callees.push_back(std::move(callee));
     }
+    set_library(maker, false);
 }
 
 // Shows what the variables of a function hold at its end.
@@ -307,12 +395,16 @@ Program make(uint64_t seed, uint32_t number, const Features &features)
     maker.random.next();
     maker.features = features;
     maker.prefix = "p" + std::to_string(number);
-    declare_statics(&maker);
+    maker.program.is_split = features.has_library;
+    declare_statics(&maker, &maker.statics, maker.prefix, false);
+    if (features.has_library)
+        declare_statics(&maker, &maker.library_statics, maker.prefix + "l", true);
     add_helpers(&maker);
     maker.program.entry = maker.prefix + "main";
-    add_function(&maker, maker.program.entry, Type::INT,
-                 { { Type::INT, Mode::VALUE }, { Type::INT, Mode::VALUE } },
-                 3 + static_cast<int>(maker.random.below(5)));
+    const Callee entry{ maker.program.entry,
+                        Type::INT,
+                        { { Type::INT, Mode::VALUE }, { Type::INT, Mode::VALUE } } };
+    add_function(&maker, entry, 3 + static_cast<int>(maker.random.below(5)));
     add_reports(&maker);
     add_runs(&maker);
     return std::move(maker.program);

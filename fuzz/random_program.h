@@ -55,20 +55,31 @@ struct Statement {
     bool is_fixed = false; // the function is none without it
 };
 
+// How a function is made known before its body.
+enum class Known { NOT_BEFORE, FORWARD, PUBLIC, ENTRY };
+
 struct Function {
     std::string name;
     std::string head;
     std::map<std::string, std::string> locals; // declarations by name
+    std::vector<Function> inner;               // functions inside of it
     std::vector<Statement> body;
-    bool is_public = false;
+    Known known = Known::NOT_BEFORE;
+    bool is_library = false; // may stand in the other module
+};
+
+struct Static {
+    std::string declaration;
+    bool is_library = false;
 };
 
 struct Program {
     std::vector<Function> functions;             // what is called stands before its caller
-    std::map<std::string, std::string> statics;  // declarations by name
+    std::map<std::string, Static> statics;       // by name
     std::string entry;                           // takes two words
     std::vector<std::vector<int32_t>> arguments; // of its runs
     std::vector<std::vector<int32_t>> answers;   // of syscalls in each run
+    bool is_split = false;                       // in two modules
 };
 
 // Small and the same everywhere.
@@ -83,13 +94,22 @@ struct Random {
 struct Features {
     bool has_exceptions = false;
     bool has_run_time_lengths = false; // upb of an array that came as an argument
+    bool has_library = false;          // a second module
+    bool has_inner = false;            // functions inside of functions, which are read in one go
+    bool has_outer_variables = false;  // and these see the variables of the outer ones
 };
 
 // The program of a number; its names carry it.
 Program make(uint64_t seed, uint32_t number, const Features &features);
 
-// A module with programs, without functions and variables that nothing refers to.
-std::string module_text(const std::vector<const Program *> &programs);
+// The module "fuzz", and "fuzzlib", which it uses; the latter is empty if the programs need none.
+struct Sources {
+    std::string main;
+    std::string library;
+};
+
+// Programs as modules, without functions and variables that nothing refers to.
+Sources sources_of(const std::vector<const Program *> &programs);
 
 // The program after one of the cuts that make it smaller, statements before expressions; none behind
 // the last.

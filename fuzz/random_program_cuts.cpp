@@ -102,16 +102,30 @@ void cut_statements(Cutter *cutter, std::vector<Statement> *block)
     }
 }
 
+void cut_function(Cutter *cutter, Function *function, bool is_whole)
+{
+    if (is_whole) {
+        cut_statements(cutter, &function->body);
+    } else {
+        cut_expressions(cutter, &function->body);
+    }
+    for (Function &inner : function->inner)
+        cut_function(cutter, &inner, is_whole);
+}
+
 } // namespace
 
 std::optional<Program> smaller(const Program &program, size_t cut)
 {
     Program result = program;
     Cutter cutter{ cut };
-    for (size_t i = result.functions.size(); i-- > 0;)
-        cut_statements(&cutter, &result.functions[i].body);
-    for (size_t i = result.functions.size(); i-- > 0;)
-        cut_expressions(&cutter, &result.functions[i].body);
+    if (result.is_split && cutter.is_this()) result.is_split = false;
+    for (Function &function : result.functions)
+        if (function.known != Known::NOT_BEFORE && cutter.is_this())
+            function.known = Known::NOT_BEFORE;
+    for (const bool is_whole : { true, false })
+        for (size_t i = result.functions.size(); i-- > 0;)
+            cut_function(&cutter, &result.functions[i], is_whole);
     if (!cutter.is_done) return std::nullopt;
     return result;
 }

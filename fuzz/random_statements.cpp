@@ -53,6 +53,19 @@ static Statement make_call_statement(Maker *maker)
     return line("%0", { std::move(call) });
 }
 
+// Calls the function under way again, a few times in all.
+static Statement make_recursion(Maker *maker)
+{
+    const std::string count = maker->prefix + (maker->is_library ? "lq" : "q");
+    Expression call = make_call(maker, maker->self, 2);
+    if (maker->self.name.empty() || call.text.empty()) return make_assignment(maker);
+    maker->program.statics[count] = { "VAR INT " + count, maker->is_library };
+    Statement statement = line("IF (" + count + " = " + count + " + 1) < 4", {});
+    statement.legs[0].body.push_back(line("%0", { std::move(call) }));
+    statement.legs[0].has_body = true;
+    return statement;
+}
+
 static Statement make_report(Maker *maker)
 {
     switch (maker->random.below(3)) {
@@ -291,6 +304,7 @@ static Statement make_statement(Maker *maker)
     if (which == 8 && maker->is_handling) return make_end_of_handler(maker);
     if (which == 9 && maker->random.chance(25)) return make_view(maker);
     if (which < 10) return make_report(maker);
+    if (which == 10 && maker->random.chance(15)) return make_recursion(maker);
     if (which < 13) return make_call_statement(maker);
     return make_assignment(maker);
 }

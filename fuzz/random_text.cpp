@@ -54,13 +54,17 @@ void print_block(const std::vector<Statement> &block, size_t indent, std::string
     }
 }
 
+bool is_letter(char c)
+{
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' || (c >= '0' && c <= '9');
+}
+
 std::set<std::string> words_of(const std::string &text)
 {
     std::set<std::string> words_found;
     std::string word;
     for (const char c : text + " ") {
-        const bool is_letter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-        if (is_letter || c == '_' || (c >= '0' && c <= '9')) {
+        if (is_letter(c)) {
             word += c;
         } else if (!word.empty()) {
             words_found.insert(word);
@@ -79,16 +83,22 @@ std::string print_declarations(const std::map<std::string, std::string> &all,
     return text;
 }
 
+// The functions inside stand between the declarations and the body; those that nothing calls are left
+// out.
 std::string print_function(const Function &function)
 {
     std::string body;
     print_block(function.body, 4, &body);
-    return function.head + "\n" + print_declarations(function.locals, words_of(body)) + "BEGIN\n" +
+    std::set<std::string> used = words_of(body);
+    std::string inside;
+    for (const Function &inner : function.inner)
+        if (used.count(inner.name) != 0) inside += print_function(inner);
+    used.merge(words_of(inside));
+    return function.head + "\n" + print_declarations(function.locals, used) + inside + "BEGIN\n" +
            body + "END\n";
 }
 
-constexpr char module_head[] = R"(MODULE fuzz
-ENUM COLOUR = RED GREEN BLUE
+constexpr char shared_head[] = R"(ENUM COLOUR = RED GREEN BLUE
 TYPEDEF RECORD PART(INT size, CHAR tag, COLOUR colour, VOLTAGE level, STRING title, BOOL good)
 TYPEDEF RECORD BOX(INT count, PART inner, INT cells[4], CHAR marks[4])
 TYPEDEF -> PART PART_REF
@@ -110,7 +120,7 @@ SYSCALL (40) INT ask(INT which)
         (49) STRING label(QUANTITY reading)
 )";
 
-constexpr char private_head[] = R"(FUNCTION INT plus(INT a, b)
+constexpr char shared_functions[] = R"(FUNCTION INT plus(INT a, b)
 BEGIN
     RETURN a + b
 END
@@ -121,42 +131,107 @@ BEGIN
 END
 )";
 
+// What the shared head declares, and the functions below it.
+constexpr const char *shared_names[] = {
+    "COLOUR", "RED",     "GREEN", "BLUE",    "PART",  "BOX",   "PART_REF", "OPERATION", "TABLE",
+    "LIMIT",  "SPACING", "WORDS", "LETTERS", "PARTS", "ask",   "tell",     "truth",     "measure",
+    "say",    "pick",    "now",   "root",    "read",  "label", "plus",     "minus",
+};
+
+constexpr char shared_prototypes[] = R"(FUNCTION INT plus(INT a, b)
+         INT minus(INT a, b)
+)";
+
+// Puts the library's name before those that it declares. Fields and quoted text are none.
+std::string qualified(const std::string &text, const std::set<std::string> &names)
+{
+    std::string result;
+    char quote = 0;
+    for (size_t at = 0; at < text.size();) {
+        const char c = text[at];
+        size_t end = at + 1;
+        if (quote == 0 && is_letter(c))
+            while (end < text.size() && is_letter(text[end]))
+                ++end;
+        const std::string word = text.substr(at, end - at);
+        const bool is_field = at > 0 && (text[at - 1] == ':' || text[at - 1] == '>');
+        if (quote == 0 && !is_field && names.count(word) != 0) result += "FUZZLIB.";
+        if (quote == c) {
+            quote = 0;
+        } else if (quote == 0 && (c == '"' || c == '\'')) {
+            quote = c;
+        }
+        result += word;
+        at = end;
+    }
+    return result;
+}
+
+// The parts of a module.
 struct Text {
     std::string public_part;
     std::string statics;
     std::string functions;
 };
 
+void print_prototype(const Function &function, bool is_public, Text *text)
+{
+    if (function.known == Known::ENTRY) {
+        text->public_part += "ENTRY " + function.head + "\n";
+    } else if (is_public || function.known == Known::PUBLIC) {
+        text->public_part += function.head + "\n";
+    } else if (function.known == Known::FORWARD) {
+        text->statics += "FORWARD " + function.head + "\n";
+    }
+}
+
 // The functions that the entry reaches, and the statics that these use.
-void print_program(const Program &program, Text *text)
+void print_program(const Program &program, Text *main, Text *library, std::set<std::string> *names)
 {
     std::set<std::string> used{ program.entry };
-    std::string functions;
+    std::string functions[2];
     for (size_t i = program.functions.size(); i-- > 0;) {
         const Function &function = program.functions[i];
         if (used.count(function.name) == 0) continue;
+        const bool is_outside = program.is_split && function.is_library;
         const std::string printed = print_function(function);
         used.merge(words_of(printed));
-        functions = printed + functions;
-        const size_t first = function.head.find(' ');
-        if (function.is_public)
-            text->public_part +=
-                function.head.substr(0, first) + function.head.substr(first) + "\n";
+        functions[is_outside] = printed + functions[is_outside];
+        print_prototype(function, is_outside, is_outside ? library : main);
+        if (is_outside) names->insert(function.name);
     }
-    text->functions += functions;
-    for (const auto &[name, declaration] : program.statics)
-        if (used.count(name) != 0) text->statics += "VAR " + declaration + "\n";
+    main->functions += functions[0];
+    library->functions += functions[1];
+    for (const auto &[name, variable] : program.statics) {
+        const bool is_outside = program.is_split && variable.is_library;
+        if (used.count(name) != 0)
+            (is_outside ? library : main)->statics += variable.declaration + "\n";
+    }
+}
+
+std::string module_of(const Text &text, const std::string &functions)
+{
+    return text.public_part + "PRIVATE\n" + text.statics + functions + text.functions;
 }
 
 } // namespace
 
-std::string module_text(const std::vector<const Program *> &programs)
+Sources sources_of(const std::vector<const Program *> &programs)
 {
-    Text text;
-    for (const Program *program : programs)
-        print_program(*program, &text);
-    return module_head + text.public_part + "PRIVATE\n" + text.statics + private_head +
-           text.functions;
+    Text main;
+    Text library;
+    bool is_split = false;
+    std::set<std::string> names(std::begin(shared_names), std::end(shared_names));
+    for (const Program *program : programs) {
+        print_program(*program, &main, &library, &names);
+        is_split |= program->is_split;
+    }
+    if (!is_split)
+        return { std::string("MODULE fuzz\n") + shared_head + module_of(main, shared_functions),
+                 "" };
+    library.public_part = shared_prototypes + library.public_part;
+    return { "MODULE fuzz\nUSES fuzzlib\n" + qualified(module_of(main, ""), names),
+             std::string("MODULE fuzzlib\n") + shared_head + module_of(library, shared_functions) };
 }
 
 } // namespace random_program

@@ -47,7 +47,8 @@ constexpr const char *builders[] = {
 // The work of one process.
 struct Worker {
     const Options *options;
-    uint32_t outputs; // of the block in hand
+    uint32_t outputs = 0; // of the block in hand
+    int32_t read_mode = 2;
     std::string folder;
     targets::Builder builder;
     uint32_t agreed = 0;   // programs
@@ -80,14 +81,31 @@ targets::Job job_of(const std::vector<const Program *> &programs)
     return job;
 }
 
+// The modules of a job; what the compiler has against them.
+std::string compile(const Worker &worker, const random_program::Sources &sources, targets::Job *job)
+{
+    const targets::Options options{ .outputs = worker.outputs, .read_mode = worker.read_mode };
+    const std::string main = worker.folder + "/fuzz.tl";
+    const std::string library = worker.folder + "/fuzzlib.tl";
+    std::filesystem::remove_all(worker.folder + "/classes");
+    for (const char *name : { "fuzzlib.tl", "fuzzlib.c", "fuzzlib.java" })
+        std::filesystem::remove(worker.folder + "/" + name);
+    std::ofstream(main, std::ios::binary) << sources.main;
+    if (!sources.library.empty()) std::ofstream(library, std::ios::binary) << sources.library;
+    job->modules.push_back(targets::compile(main, worker.folder, options));
+    std::string problems = job->modules.back().problems;
+    if (!sources.library.empty()) {
+        job->modules.push_back(targets::compile(library, worker.folder, options));
+        problems += job->modules.back().problems;
+    }
+    return problems;
+}
+
 Trial try_programs(const Worker &worker, const std::vector<const Program *> &programs)
 {
     Trial trial;
-    const std::string source = worker.folder + "/fuzz.tl";
-    std::ofstream(source, std::ios::binary) << random_program::module_text(programs);
     targets::Job job = job_of(programs);
-    job.modules.push_back(targets::compile(source, worker.folder, { worker.outputs, 2 }));
-    trial.problem = job.modules[0].problems;
+    trial.problem = compile(worker, random_program::sources_of(programs), &job);
     if (!trial.problem.empty()) return trial;
     trial.is_compiled = true;
     trial.expected = targets::run_evaluator(job, &trial.problem);
@@ -164,9 +182,10 @@ void report(Worker *worker, uint32_t number, const Program &program, const std::
     if (worker->cut_down++ < most_cut_down) {
         const Program small = cut_down(*worker, program, kind);
         const Trial trial = try_programs(*worker, { &small });
-        std::fprintf(stdout, "The smallest:\n%s%s",
-                     difference(trial, 0, small.arguments.size()).c_str(),
-                     random_program::module_text({ &small }).c_str());
+        const random_program::Sources sources = random_program::sources_of({ &small });
+        std::fprintf(stdout, "The smallest:\n%s%s%s",
+                     difference(trial, 0, small.arguments.size()).c_str(), sources.library.c_str(),
+                     sources.main.c_str());
         for (size_t i = 0; i < small.arguments.size(); ++i) {
             std::fprintf(stdout, "; run %s(%d, %d) answers", small.entry.c_str(),
                          small.arguments[i][0], small.arguments[i][1]);
@@ -216,10 +235,21 @@ uint32_t outputs_of(const Options &options, uint32_t block)
     return has_java && is_for_java ? options.outputs & ~targets::C : options.outputs;
 }
 
+// Blocks differ in what the way of compiling them allows.
+random_program::Features features_of(const Options &options, uint32_t block)
+{
+    const bool has_c = (outputs_of(options, block) & targets::C) != 0;
+    const bool has_inner = block % 2 == 1;
+    return { .has_exceptions = !has_c,
+             .has_run_time_lengths = !has_c,
+             .has_library = block % 3 == 0,
+             .has_inner = has_inner,
+             .has_outer_variables = has_inner && !has_c };
+}
+
 Program program_of(const Options &options, uint32_t number)
 {
-    const bool has_c = (outputs_of(options, number / block_size) & targets::C) != 0;
-    return random_program::make(options.seed, number, { !has_c, !has_c });
+    return random_program::make(options.seed, number, features_of(options, number / block_size));
 }
 
 void work(Worker *worker, uint32_t index)
@@ -229,6 +259,7 @@ void work(Worker *worker, uint32_t index)
     uint32_t block = options.first / block_size + index;
     for (; block * block_size < end; block += options.jobs) {
         worker->outputs = outputs_of(options, block);
+        worker->read_mode = features_of(options, block).has_inner ? 0 : 2;
         worker->builder.command = builders[(block + block / block_cycle) % std::size(builders)];
         std::vector<Program> programs;
         const uint32_t first = std::max(options.first, block * block_size);
@@ -252,7 +283,8 @@ void start_worker(const Options &options, const std::string &scratch, uint32_t i
     std::setvbuf(stdout, buffer, _IOFBF, sizeof buffer);
     const std::string folder = path_of(scratch, index);
     std::filesystem::create_directories(folder);
-    Worker worker{ .options = &options, .outputs = 0, .folder = folder, .builder = {} };
+    setenv("TollInclude", folder.c_str(), 1);
+    Worker worker{ .options = &options, .folder = folder, .builder = {} };
     work(&worker, index);
     std::ofstream(folder + ".counts")
         << worker.agreed << " " << worker.too_long << " " << worker.differing << "\n";
@@ -297,7 +329,8 @@ int print_programs(const Options &options)
 {
     for (uint32_t i = 0; i < options.count; ++i) {
         const Program program = program_of(options, options.first + i);
-        std::fputs(random_program::module_text({ &program }).c_str(), stdout);
+        const random_program::Sources sources = random_program::sources_of({ &program });
+        std::fputs((sources.library + sources.main).c_str(), stdout);
     }
     return 0;
 }
