@@ -1,6 +1,6 @@
 // Compiles modules whose bodies take a shape of their own at two sizes each, and prints how the time
 // grows with the source: all kinds of statements against plain ones, wide switches, long chains of
-// conditions, deep nesting, large trees.
+// conditions, deep nesting, large trees, data sections that refer to one another.
 //
 // usage: shapes [RUNS]     default: 5 runs
 
@@ -161,6 +161,61 @@ std::string make_trees(int node_count)
     return text;
 }
 
+/** What refers to the section of the same kind before it; the first one to itself. */
+std::string link(const char *attribute, const char *prefix, int number)
+{
+    return std::string(attribute) + " = " + numbered(prefix, std::max(number - 1, 0));
+}
+
+/** Views, pins and points are linked to one another, and each second point to the view before. */
+std::string make_connector(int number)
+{
+    std::string text = "DATA CONNECTOR " + numbered("plug", number) + "\nBEGIN\n";
+    text +=
+        "    Name = {PLUG}, Mnemonic = {X1}, Cable = 3, Helpscreen = " + numbered("help", number) +
+        "\n";
+    text +=
+        "    VIEW face Name = {FACE}, Shell = {SHELL}, Component = " + numbered("part", number) +
+        "\n";
+    for (int pin = 1; pin <= 5; pin++) {
+        const int seen_on = pin % 2 == 0 ? number : std::max(number - 1, 0);
+        text += numbered("    PIN p", pin) + "\n";
+        text += numbered("        Name = \"", pin) + "\", SignalName = \"SIGNAL\"" +
+                numbered(", Line = \"", pin) + "\"\n";
+        text += "        POINT a Location = {PLACE}, View = " + numbered("plug", seen_on) +
+                ".face, Sex = FEMALE\n";
+    }
+    return text + "    VARLOC seal Location = {SEAL}\nEND\n\n";
+}
+
+std::string make_others(int number)
+{
+    const std::string heading = "\nBEGIN\n    ";
+    return numbered("DATA COMPONENT part", number) + heading + "Name = {PART}, " +
+           link("Parent", "part", number) + "\n    VARLOC side Location = {SIDE}\nEND\n\n" +
+           numbered("DATA CONVERTER scale", number) + heading +
+           "OldType = VOLTAGE, QuantityType = TEMPERATURE, " + link("Next", "scale", number) +
+           "\n    MAP 0.5V, 120C\n    MAP 4.5V, -40C\nEND\n\n" +
+           numbered("DATA WAVEFORM wave", number) + heading +
+           "0, 64, 128, 192, 255\n    192, 128, 64\nEND\n\n" +
+           numbered("DATA HELPSCREEN help", number) + heading + "Title = {TITLE}\n    {ADVICE}, " +
+           link("Help", "help", number) + "\n    PICTURE {FACE}, Flags = 3\nEND\n\n";
+}
+
+/** So many items, in groups of one section of each kind, declared in front for those that name them. */
+std::string make_data(int item_count)
+{
+    constexpr int group = 20;
+    std::string text;
+    for (int number = 0; number < item_count / group; number++)
+        text += numbered("FORWARD DATA HELPSCREEN help", number) + "\n" +
+                numbered("FORWARD DATA COMPONENT part", number) + "\n" +
+                numbered("FORWARD DATA CONVERTER scale", number) + "\n";
+    for (int number = 0; number < item_count / group; number++)
+        text += make_connector(number) + make_others(number);
+    return text;
+}
+
 constexpr SHAPE shapes[] = {
     { "plain bodies", make_plain, { 1000, 4000 } },
     { "all statements", make_mixed, { 1000, 4000 } },
@@ -168,6 +223,7 @@ constexpr SHAPE shapes[] = {
     { "ELSEIFs of a chain", make_chains, { 1000, 2000 } },
     { "blocks nested", make_nests, { 250, 500 } },
     { "nodes of a tree", make_trees, { 1000, 2000 } },
+    { "items of data", make_data, { 5000, 20000 } },
 };
 
 struct RESULT {
