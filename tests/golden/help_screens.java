@@ -17,7 +17,7 @@ class help_screens extends Diagnostic {
    */
   static {
     ODD = new Waveform();
-    ECU = new Component((String) toll_item("MESSAGE", "ECU_NAME"), 0, (Data) toll_item("HELPSCREEN", "SCREENS.BARE"));
+    ECU = new Component((String) toll_item("MESSAGE", "ECU_NAME"), 0, (Data) toll_item("HELPSCREEN", "HELP_SCREENS.BARE"));
   }
 
 
@@ -28,9 +28,9 @@ public static Data screen(
 
     if (is_popup!=0)
     {
-        return (Data) toll_item("HELPSCREEN", "SCREENS.PULL_PLUG");
+        return (Data) toll_item("HELPSCREEN", "HELP_SCREENS.PULL_PLUG");
     }
-    return (Data) toll_item("HELPSCREEN", "SCREENS.PLUG_HELP");
+    return (Data) toll_item("HELPSCREEN", "HELP_SCREENS.PLUG_HELP");
 }
 
 public static String title(
