@@ -141,8 +141,8 @@ bool TLB_IsWordInC(const TLE_TERM *term)
 bool TLB_IsJavaCall(const TLE_TERM *term)
 {
     if (term->kind != TLE_BUILT_IN) return false;
-    static const TLB_BUILT_IN *const calls[] = { &TLB_Min, &TLB_Max, &TLB_Attr, &TLB_Create,
-                                                 &TLB_Release };
+    static const TLB_BUILT_IN *const calls[] = { &TLB_Cvt,  &TLB_Cvts,   &TLB_Min,    &TLB_Max,
+                                                 &TLB_Attr, &TLB_Create, &TLB_Release };
     for (const TLB_BUILT_IN *record : calls)
         if (record == record_of(term)) return true;
     return false;

@@ -3,6 +3,7 @@
  */
 #include "expr/tlb.h"
 
+#include "codegen/tlc.h"
 #include "expr/tle.h"
 #include <ostrum/eep.h>
 #include <ostrum/tlc.h>
@@ -90,6 +91,17 @@ static int32_t cvt_code(const TLB_BUILT_IN *, TLC_STREAM *stream, TLE_TERM *term
     return has_value & has_converter;
 }
 
+/* Java works the arguments out in P-code's order: the value, then the converter. */
+static int32_t cvt_java(const TLB_BUILT_IN *record, TLC_STREAM *stream, TLE_TERM *term)
+{
+    fprintf(TLC_CFile(stream), "toll_%s(", record->name);
+    const int32_t has_value = TLB_ArgumentCode(stream, term, 0);
+    fputs(",", TLC_CFile(stream));
+    const int32_t has_converter = TLB_ArgumentCode(stream, term, 1);
+    fprintf(TLC_CFile(stream), ",%d)", term->extra & backwards);
+    return has_value & has_converter;
+}
+
 // Records
 
 constexpr TLB_BUILT_IN TLB_Qty = {
@@ -111,7 +123,7 @@ constexpr TLB_BUILT_IN TLB_Cvt = {
     .simplify = nullptr,
     .p_code = cvt_code,
     .c_text = nullptr,
-    .java_text = nullptr,
+    .java_text = cvt_java,
 };
 
 constexpr TLB_BUILT_IN TLB_Cvts = {
@@ -122,5 +134,5 @@ constexpr TLB_BUILT_IN TLB_Cvts = {
     .simplify = nullptr,
     .p_code = cvt_code,
     .c_text = nullptr,
-    .java_text = nullptr,
+    .java_text = cvt_java,
 };

@@ -445,13 +445,34 @@ static int32_t own_level(TLC_STREAM *stream, TLE_TERM *term)
                                       : TLE_TextLevel(term);
 }
 
+static bool is_object(const TLE_TERM *term)
+{
+    return term != nullptr && term->kind != TLT_TOKEN_NULL && term->type != nullptr &&
+           TLCJ_Kind(term->type) == TLCJ_OBJECT;
+}
+
+/* P-code compares words, or the texts that these lead to. */
+static const char *comparison_method(const TLE_TERM *term, const JAVA_PLACE &place)
+{
+    if (!is_comparison(place.outer) || term->type == nullptr) return nullptr;
+    if (is_comparison_of_texts(place.outer)) {
+        bool is_carried = !is_object(term) && term->kind != TLT_TOKEN_NULL;
+        return is_carried ? "(String) toll_object_of_word(" : nullptr;
+    }
+    if (term->type == TLIT_FloatType) return "toll_word_of_float(";
+    const TLE_TERM *other = place.is_right ? place.outer->left : place.outer->right;
+    bool is_among_words = other != nullptr && other->kind != TLT_TOKEN_NULL &&
+                          other->kind != TLE_ADDRESS && !is_object(other);
+    return is_object(term) && is_among_words ? "toll_word_of_object(" : nullptr;
+}
+
 /* What a place makes of a term's own text. */
 struct SHAPE {
-    bool has_brackets; /* round it all */
-    bool is_word;      /* a boolean becomes a word */
-    bool is_test;      /* a word becomes a boolean */
-    bool has_inner;    /* brackets before the test */
-    bool is_bits;      /* a float becomes the word that it is in P-code */
+    bool has_brackets;  /* round it all */
+    bool is_word;       /* a boolean becomes a word */
+    bool is_test;       /* a word becomes a boolean */
+    bool has_inner;     /* brackets before the test */
+    const char *method; /* makes another kind of value of it, as its partner in a comparison asks */
 };
 
 static SHAPE shape_of(TLC_STREAM *stream, TLE_TERM *term, const JAVA_PLACE &place)
@@ -465,8 +486,8 @@ static SHAPE shape_of(TLC_STREAM *stream, TLE_TERM *term, const JAVA_PLACE &plac
     if (shape.is_word) level = TLE_LEVEL_OPERAND;
     if (shape.is_test) level = TLE_LEVEL_EQUALITY;
     if (place.outer == nullptr) return shape;
-    shape.is_bits = term->type == TLIT_FloatType && is_comparison(place.outer);
-    if (shape.is_bits) return shape;
+    shape.method = comparison_method(term, place);
+    if (shape.method != nullptr) return shape;
     /* The operands of a method are apart from one another. */
     if (method_of(place.outer) != nullptr || is_comparison_of_texts(place.outer)) return shape;
     shape.has_brackets = TLE_NeedsBrackets(TLE_TextLevel(place.outer), level, place.is_right);
@@ -475,7 +496,7 @@ static SHAPE shape_of(TLC_STREAM *stream, TLE_TERM *term, const JAVA_PLACE &plac
 
 static void open_shape(TLC_STREAM *stream, const SHAPE &shape)
 {
-    if (shape.is_bits) std::fputs("toll_word_of_float(", stream->file);
+    if (shape.method != nullptr) std::fputs(shape.method, stream->file);
     if (shape.has_brackets) std::fputs("(", stream->file);
     if (shape.is_word || shape.has_inner) std::fputs("(", stream->file);
 }
@@ -486,7 +507,7 @@ static void close_shape(TLC_STREAM *stream, const SHAPE &shape)
     if (shape.has_inner) std::fputs(")", stream->file);
     if (shape.is_test) std::fputs("!=0", stream->file);
     if (shape.has_brackets) std::fputs(")", stream->file);
-    if (shape.is_bits) std::fputs(")", stream->file);
+    if (shape.method != nullptr) std::fputs(")", stream->file);
 }
 
 /* P-code orders the addresses of objects, which have none in Java. */
@@ -705,12 +726,15 @@ static int32_t write_converted(TLC_STREAM *stream, const char *method, TLE_TERM 
     return written;
 }
 
-/* WORD takes everything of four bytes, but Java has no number for an object. */
-static int32_t lose_object(TLC_STREAM *stream, TLCJ_KIND kind)
+/* WORD takes everything of four bytes; the run time knows which number it gave an object. */
+static int32_t write_carried(TLC_STREAM *stream, TLI_IDENTIFIER *wanted, TLE_TERM *term)
 {
-    TLC_Error(stream, "WORD cannot hold an object in 'Java'");
-    std::fputs(kind == TLCJ_OBJECT ? "null" : "0", stream->file);
-    return 1;
+    bool is_object = TLCJ_Kind(wanted) == TLCJ_OBJECT;
+    if (!is_object) return write_converted(stream, "toll_word_of_object", term);
+    std::fputs("(", stream->file);
+    TLCJ_WriteType(stream, wanted);
+    std::fputs(") ", stream->file);
+    return write_converted(stream, "toll_object_of_word", term);
 }
 
 int32_t TLE_JavaResult(TLC_STREAM *stream, TLI_IDENTIFIER *wanted, TLE_TERM *term)
@@ -731,7 +755,7 @@ int32_t TLE_JavaResult(TLC_STREAM *stream, TLI_IDENTIFIER *wanted, TLE_TERM *ter
     }
     bool is_null = term->kind == TLT_TOKEN_NULL;
     bool is_object = TLCJ_Kind(term->type) == TLCJ_OBJECT;
-    if (!is_null && (kind == TLCJ_OBJECT) != is_object) return lose_object(stream, kind);
+    if (!is_null && (kind == TLCJ_OBJECT) != is_object) return write_carried(stream, wanted, term);
     return write_value(stream, term);
 }
 

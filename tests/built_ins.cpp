@@ -589,30 +589,30 @@ TEST(BuiltIns, CText)
 
 TEST(BuiltIns, JavaText)
 {
-    expect_text(
-        TLC_TARGET_JAVA,
-        {
-            { "X = abs(Y)", "  X=abs(Y);\n" },
-            { "U = cast(X, VOLTAGE)", "  U=(X);\n" },
-            { "X = min(X, Y)", "  X=min(X,Y);\n" },
-            { "FL = to_float(X * Y)", "  FL=(float) (X*Y);\n" },
-            { "X = round(FL)", "  X=(int) FL;\n" },
-            { "X = upb(A)", "  X=A.length() - 1;\n" },
-            { "X = upb(A[2])", "  X=A.length() - 1;\n" },
-            { "X = 2 * upb(A)", "  X=2*(A.length() - 1);\n" },
-            { "X = upb(Q->LIST) + 1", "  X=Q.LIST.length() - 1+1;\n" },
-            { "FL = to_float(upb(A))", "  FL=(float) (A.length() - 1);\n" },
-            { "T = attr(C, \"NAME\")", "  T=C.getNAME();\n" },
-            { "T = attr({X/CONNECTOR}, \"NAME\")",
-              "  T=((Data) toll_item(\"CONNECTOR\", \"X\")).getNAME();\n" },
-            { "P = attr(C, \"POINT\", X)", "  P=C.getPOINT(X);\n" },
-            { "O = create(OBJECT)", "  O=new OBJECT();\n" },
-            { "release(O)", "  ;\n" },
-            { "O = release(O)", "  O=O;\n" },
-            { "release(O = create(OBJECT))", "  O=new OBJECT();\n" },
-            { "X = abs(K)", "  X=abs(K);\n" },
-            { "S = cvts(U, V)",
-              "  S=/*ERROR - No code generation for built-in-function 'cvts' */\n/*ERROR - No code "
-              "generated for term */\n/*ERROR - No code generated for term */\n;\n" },
-        });
+    expect_text(TLC_TARGET_JAVA,
+                {
+                    { "X = abs(Y)", "  X=abs(Y);\n" },
+                    { "U = cast(X, VOLTAGE)", "  U=(X);\n" },
+                    { "X = min(X, Y)", "  X=min(X,Y);\n" },
+                    { "FL = to_float(X * Y)", "  FL=(float) (X*Y);\n" },
+                    { "X = round(FL)", "  X=(int) FL;\n" },
+                    { "X = upb(A)", "  X=A.length() - 1;\n" },
+                    { "X = upb(A[2])", "  X=A.length() - 1;\n" },
+                    { "X = 2 * upb(A)", "  X=2*(A.length() - 1);\n" },
+                    { "X = upb(Q->LIST) + 1", "  X=Q.LIST.length() - 1+1;\n" },
+                    { "FL = to_float(upb(A))", "  FL=(float) (A.length() - 1);\n" },
+                    { "T = attr(C, \"NAME\")", "  T=C.getNAME();\n" },
+                    { "T = attr({X/CONNECTOR}, \"NAME\")",
+                      "  T=((Data) toll_item(\"CONNECTOR\", \"X\")).getNAME();\n" },
+                    { "P = attr(C, \"POINT\", X)", "  P=C.getPOINT(X);\n" },
+                    { "O = create(OBJECT)", "  O=new OBJECT();\n" },
+                    { "release(O)", "  ;\n" },
+                    { "O = release(O)", "  O=O;\n" },
+                    { "release(O = create(OBJECT))", "  O=new OBJECT();\n" },
+                    { "X = abs(K)", "  X=abs(K);\n" },
+                    { "S = cvts(U, V)", "  S=toll_cvts(U,V,0);\n" },
+                    { "ANY = cvt(X + Y, V, BACKWARDS)", "  ANY=toll_cvt(X+Y,V,1);\n" },
+                    { "cvt(U, {X/CONVERTER})",
+                      "  toll_cvt(U,(Data) toll_item(\"CONVERTER\", \"X\"),0);\n" },
+                });
 }

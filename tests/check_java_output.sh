@@ -72,18 +72,18 @@ compile "$scratch/tree/classes" "$scratch"/tree/halvorn/libs/*.java
 cd "$scratch"
 cat >odd.tl <<'SOURCE'
 MODULE odd
-FUNCTION STRING shown(QUANTITY reading, CONVERTER scale)
+FUNCTION BOOL before(CONVERTER a, b)
 PRIVATE
-FUNCTION STRING shown(QUANTITY reading, CONVERTER scale)
+FUNCTION BOOL before(CONVERTER a, b)
 BEGIN
-    RETURN cvts(reading, scale)
+    RETURN a < b
 END
 SOURCE
 status=0
 "$toll" --target=java odd.tl >said 2>&1 || status=$?
 [ "$status" = 1 ] || fail "status $status for what Java cannot express"
 grep -q "cannot be expressed in Java" said || fail "no message for what Java cannot express"
-grep -q "ERROR - No code generation for built-in-function 'cvts'" odd.java || fail "no comment"
+grep -q "ERROR - Order of objects not possible" odd.java || fail "no comment"
 cp odd.java before
 printf 'MODULE odd\nPRIVATE\nFUNCTION VOID f()\nBEGIN\n    g()\nEND\n' >odd.tl
 "$toll" --target=java odd.tl >said 2>&1 && fail "compiles what is wrong"
@@ -125,3 +125,71 @@ javac -cp "$scratch/runtime:$scratch/golden/classes" -d "$scratch/plugs" Plugs.j
 [ "$(java -cp "$scratch/runtime:$scratch/golden/classes:$scratch/plugs" Plugs)" = "C101, COMPONENT ECU_NAME, COMPONENT HARNESS_NAME
 PIN 1, GND, SHIELD, 140007
 3, COMPONENT VEHICLE_NAME, CONNECTOR ECU_PLUG_NAME, CONNECTOR ECU_PLUG_NAME" ] || fail "an item has another attribute"
+
+# Converters: by factors, by a map, one behind the other, backwards, as text; and words that never were
+# objects, or a converter of which nothing is known, end the run.
+cat >scales.tl <<'SOURCE'
+MODULE scales
+FUNCTION QUANTITY scaled(QUANTITY reading, CONVERTER scale)
+         QUANTITY raw(QUANTITY value, CONVERTER scale)
+         STRING shown(QUANTITY reading, CONVERTER scale)
+         STRING carried(WORD w)
+PRIVATE
+FUNCTION QUANTITY scaled(QUANTITY reading, CONVERTER scale)
+BEGIN
+    RETURN cvt(reading, scale)
+END
+FUNCTION QUANTITY raw(QUANTITY value, CONVERTER scale)
+BEGIN
+    RETURN cvt(value, scale, BACKWARDS)
+END
+FUNCTION STRING shown(QUANTITY reading, CONVERTER scale)
+BEGIN
+    RETURN cvts(reading, scale)
+END
+FUNCTION STRING carried(WORD w)
+BEGIN
+    RETURN w
+END
+SOURCE
+"$toll" --target=java scales.tl >said 2>&1 || fail "no conversions in Java"
+cat >Scales.java <<'SOURCE'
+import halvorn.types.*;
+
+class Scales {
+    static void expect(Object expected, Object found) {
+        if (!expected.equals(found)) System.out.println(expected + " expected, not " + found);
+    }
+
+    static void expectFault(Runnable step) {
+        try {
+            step.run();
+            System.out.println("no fault");
+        } catch (Fault expected) { }
+    }
+
+    public static void main(String[] arguments) {
+        Data line = new Converter().with("MULTIPLIER", 3).with("DIVISOR", 2).with("OFFSET", 7);
+        Data map = new Converter().with("MAPINPUT", new Integer[] { 0, 10, 20 })
+            .with("MAPOUTPUT", new Integer[] { 100, 0, -50 }).with("NEXT", line);
+        int[][] pairs = { { 10, 22 }, { -5, 0 }, { Integer.MAX_VALUE, -1073741819 } };
+        for (int[] pair : pairs) expect(pair[1], scales.scaled(pair[0], line));
+        expect(10, scales.raw(22, line));
+        int[][] points = { { -3, 157 }, { 0, 157 }, { 5, 82 }, { 10, 7 }, { 12, -8 }, { 99, -68 } };
+        for (int[] point : points) expect(point[1], scales.scaled(point[0], map));
+        expect(5, scales.raw(82, map));
+        line.with("STATES", 2).with("STATETEXT", new String[] { "low", "high" });
+        line.with("STATELOW", new Integer[] { 0, 50 }).with("STATEHIGH", new Integer[] { 49, 150 });
+        expect("high", scales.shown(5, map));
+        expect("low", scales.shown(10, map));
+        expect("157", scales.shown(0, map));
+        line.with("NEXT", map);
+        expectFault(() -> scales.scaled(1, map));
+        expectFault(() -> scales.scaled(1, new Converter()));
+        expectFault(() -> scales.scaled(1, new Converter().with("FLAGS", 2)));
+        expectFault(() -> scales.carried(77));
+    }
+}
+SOURCE
+compile "$scratch/scales" scales.java Scales.java
+[ -z "$(java -cp "$scratch/runtime:$scratch/scales" Scales | tee /dev/stderr)" ] || fail "a conversion gives something else"

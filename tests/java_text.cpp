@@ -365,11 +365,11 @@ TEST(JavaText, Trees)
 
 TEST(JavaText, WhatCannotBeExpressedIsCounted)
 {
-    JavaClass made("PRIVATE\nVAR WORD W\n    STRING S\n"
-                   "FUNCTION VOID F()\nBEGIN\n    W = S\nEND\n");
+    JavaClass made("PRIVATE\nVAR CONNECTOR C\n"
+                   "FUNCTION BOOL F()\nBEGIN\n    RETURN C < C\nEND\n");
     EXPECT_EQ(made.result, 0);
     EXPECT_EQ(made.faults, 1);
-    EXPECT_NE(made.text.find("/*ERROR - WORD cannot hold an object in 'Java' */\n"),
+    EXPECT_NE(made.text.find("/*ERROR - Order of objects not possible in 'Java' */\n"),
               std::string::npos);
 }
 

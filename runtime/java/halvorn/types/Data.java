@@ -1,6 +1,10 @@
 package halvorn.types;
 
+import java.math.BigInteger;
+import java.util.ArrayList;
+import java.util.Collections;
 import java.util.HashMap;
+import java.util.List;
 import java.util.Map;
 
 /**
@@ -70,6 +74,90 @@ public class Data {
     @Override
     public String toString() {
         return type + " " + name;
+    }
+
+    // ---- Converters ----
+
+    /**
+     * What a converter makes of a value, with all that follow it in NEXT.
+     *
+     * @param value      the raw value; backwards the converted one
+     * @param backwards  asks for the raw value, so that the last converter comes first
+     */
+    public final int convert(int value, boolean backwards) {
+        List<Data> chain = chain();
+        if (backwards) Collections.reverse(chain);
+        int converted = value;
+        for (Data converter : chain) converted = converter.convertOne(converted, backwards);
+        return converted;
+    }
+
+    /**
+     * The step of this converter alone: lines between the points MAPINPUT, MAPOUTPUT if there are such,
+     * else value * MULTIPLIER / DIVISOR + OFFSET. A class for a converter with flags, or with a function
+     * in a library, replaces it.
+     */
+    protected int convertOne(int value, boolean backwards) {
+        if (attributes.isEmpty() || getFLAGS() != 0) throw new Fault("No conversion by " + this);
+        Object[] inputs = values("MAPINPUT");
+        Object[] outputs = values("MAPOUTPUT");
+        if (inputs.length != 0)
+            return backwards ? onLine(outputs, inputs, value) : onLine(inputs, outputs, value);
+        long multiplier = factor("MULTIPLIER");
+        long divisor = factor("DIVISOR");
+        if (backwards) return (int) (((long) value - getOFFSET()) * divisor / multiplier);
+        return (int) (value * multiplier / divisor + getOFFSET());
+    }
+
+    /** The text of the first state that holds a value, in this converter and then in its NEXT. */
+    final String stateText(int value) {
+        for (Data converter : chain())
+            for (int i = 0; i < converter.getSTATES(); i++)
+                if (value >= converter.getSTATELOW(i) && value <= converter.getSTATEHIGH(i))
+                    return converter.getSTATETEXT(i);
+        return Integer.toString(value);
+    }
+
+    private List<Data> chain() {
+        List<Data> chain = new ArrayList<>();
+        for (Data at = this; at != null; at = at.getNEXT()) {
+            if (chain.contains(at)) throw new Fault(this + " leads back to itself");
+            chain.add(at);
+        }
+        return chain;
+    }
+
+    /** A point between two others; flat outside. Sides may rise or fall. */
+    private static int onLine(Object[] from, Object[] to, int value) {
+        long nearest = Long.MAX_VALUE;
+        int end = 0;
+        for (int i = 0; i < from.length; i++) {
+            long at = (Integer) from[i];
+            if (Math.abs(at - value) < nearest) {
+                nearest = Math.abs(at - value);
+                end = (Integer) to[i];
+            }
+            if (i + 1 == from.length || at == (Integer) from[i + 1]) continue;
+            long run = (Integer) from[i + 1] - at;
+            boolean isInside = run > 0 ? value >= at && value <= at + run
+                                       : value <= at && value >= at + run;
+            if (!isInside) continue;
+            BigInteger rise = BigInteger.valueOf((long) (Integer) to[i + 1] - (Integer) to[i]);
+            return (Integer) to[i] + rise.multiply(BigInteger.valueOf(value - at))
+                                         .divide(BigInteger.valueOf(run)).intValue();
+        }
+        return end;
+    }
+
+    private Object[] values(String attribute) {
+        Object value = attributes.get(attribute);
+        if (value == null) return new Object[0];
+        return value instanceof Object[] ? (Object[]) value : new Object[] { value };
+    }
+
+    /** A factor that nobody set is 1. */
+    private int factor(String attribute) {
+        return attributes.containsKey(attribute) ? number(attribute, 0) : 1;
     }
 
     private int number(String attribute, int index) {

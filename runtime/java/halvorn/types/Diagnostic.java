@@ -1,6 +1,8 @@
 package halvorn.types;
 
+import java.util.ArrayList;
 import java.util.HashMap;
+import java.util.IdentityHashMap;
 import java.util.List;
 import java.util.Map;
 import java.util.function.BiConsumer;
@@ -34,6 +36,13 @@ public abstract class Diagnostic {
 
     // By class loader and name: a module that is loaded twice has its functions twice.
     private static final Map<List<Object>, Object> FUNCTIONS = new HashMap<>();
+
+    // Objects that words stand for, in the order of their words; and the words.
+    private static final List<Object> CARRIED = new ArrayList<>();
+    private static final Map<Object, Integer> WORDS = new IdentityHashMap<>();
+
+    // Such words lie apart, as addresses do.
+    private static final int WORD_STEP = 4;
 
     /** There is nothing to make an object of: all that is generated is static. */
     protected Diagnostic() { }
@@ -151,6 +160,44 @@ public abstract class Diagnostic {
 
     protected static int toll_word_of_float(float value) {
         return Float.floatToRawIntBits(value);
+    }
+
+    /**
+     * The word that stands for an object: the same for one object each time, 0 for none. An object that
+     * was once in a word is kept, as nobody can tell when the last copy of the word is gone.
+     */
+    protected static int toll_word_of_object(Object object) {
+        if (object == null) return 0;
+        synchronized (CARRIED) {
+            Integer known = WORDS.get(object);
+            if (known != null) return known;
+            CARRIED.add(object);
+            WORDS.put(object, CARRIED.size() * WORD_STEP);
+            return CARRIED.size() * WORD_STEP;
+        }
+    }
+
+    /** The object that a word stands for; a word that never came from an object ends the run. */
+    protected static Object toll_object_of_word(int word) {
+        if (word == 0) return null;
+        synchronized (CARRIED) {
+            int place = word / WORD_STEP - 1;
+            if (word % WORD_STEP == 0 && place >= 0 && place < CARRIED.size())
+                return CARRIED.get(place);
+        }
+        throw new Fault("No object behind the word " + word);
+    }
+
+    // ---- Conversion of quantities ----
+
+    /** The value that a converter makes of one; direction BACKWARDS asks for the raw one. */
+    protected static int toll_cvt(int value, Data converter, int direction) {
+        return converter.convert(value, direction == BACKWARDS);
+    }
+
+    /** The same as text: that of the state which holds it, else its decimal digits. */
+    protected static String toll_cvts(int value, Data converter, int direction) {
+        return converter.stateText(toll_cvt(value, converter, direction));
     }
 
     /** A condition that javac is not to take for a constant. */
