@@ -186,13 +186,28 @@ static bool may_be_same(const TLE_TERM *one, const TLE_TERM *other)
     return one->type == other->type;
 }
 
-/* Whether a value stores where its own assignment will: C leaves the order of the two stores open. */
+static bool stores_into(const TLE_TERM *term, const TLE_TERM *place);
+
+static bool an_argument_stores_into(const TLE_TERM *built_in, const TLE_TERM *place)
+{
+    for (const TLE_TERM *link = built_in->left; link != nullptr; link = link->right)
+        if (stores_into(link->left, place)) return true;
+    return false;
+}
+
+/*
+ * Whether a value stores where its own assignment will, in a subscript too: C leaves the order of the
+ * two stores open.
+ */
 static bool stores_into(const TLE_TERM *term, const TLE_TERM *place)
 {
-    while (term != nullptr && TLE_TermOperator(term) != nullptr) {
+    while (term != nullptr) {
+        if (term->kind == TLE_BUILT_IN) return an_argument_stores_into(term, place);
+        bool is_operator = TLE_TermOperator(term) != nullptr;
+        if (!is_operator && term->kind != TLT_TOKEN_IDENTIFIER) return false;
         bool is_store = term->kind == TLT_TOKEN_ASSIGN;
         if (is_store && term->left != nullptr && may_be_same(term->left, place)) return true;
-        if (!is_store && stores_into(term->right, place)) return true;
+        if (is_operator && !is_store && stores_into(term->right, place)) return true;
         term = is_store ? term->right : term->left;
     }
     return false;
