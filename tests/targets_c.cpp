@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <set>
 #include <sstream>
 
 #include "targets.h"
@@ -135,11 +136,30 @@ std::string table_text(const Job &job)
     return text + "};\n";
 }
 
+// The program owns the data items that the generated text declares; each is told by its address alone.
+std::string items_text(const Job &job)
+{
+    const std::string head = "extern const struct toll_item ";
+    std::set<std::string> names;
+    for (const Module &module : job.modules) {
+        for (const char *extension : { ".h", ".c" }) {
+            std::ifstream file(module.folder + "/" + module.base + extension);
+            for (std::string line; std::getline(file, line);)
+                if (line.compare(0, head.size(), head) == 0)
+                    names.insert(line.substr(head.size(), line.find('[') - head.size()));
+        }
+    }
+    std::string text;
+    for (const std::string &name : names)
+        text += "const struct toll_item " + name + "[] = { { \"" + name + "\", NULL } };\n";
+    return text;
+}
+
 // The text of the module stands in the program, so that its private functions can be called.
 std::string program_text(const Job &job)
 {
-    std::string text =
-        "#include \"" + job.modules.front().base + ".c\"\n#include \"harness.h\"\n\n";
+    std::string text = "#include \"" + job.modules.front().base +
+                       ".c\"\n#include \"harness.h\"\n\n" + items_text(job);
     std::string main = "int main(void)\n{\n";
     int32_t count = 0;
     for (const Module &module : job.modules) {

@@ -56,6 +56,7 @@
 #pragma GCC diagnostic ignored "-Wbuiltin-declaration-mismatch"
 #if __GNUC__ >= 12
 #pragma GCC diagnostic ignored "-Winfinite-recursion"
+#pragma GCC diagnostic ignored "-Warray-compare" /* of two data items, which are arrays */
 #endif
 #endif
 #endif
