@@ -36,6 +36,11 @@ constexpr const char *volts[] = { "12V", "1.5V", "250mV", "0V", "5V", "1mV" };
 constexpr const char *amperes[] = { "2A", "50mA", "1.25A", "1mA" };
 constexpr const char *ohms[] = { "470R", "2.2kR", "10R", "1R" };
 constexpr const char *times[] = { "20ms", "1s", "70us", "1.5s", "0ms" };
+constexpr const char *converters[] = { "scale", "steps" };
+constexpr const char *places_of_parts[] = { "pump.inlet", "pump.outlet", "fan.hub" };
+// What stands inside of a section can be named in its own module alone.
+constexpr const char *spots[] = { "spot(0)", "spot(1)" };
+constexpr const char *contacts[] = { "contact(0)", "contact(1)" };
 constexpr const char *rates[] = { "50Hz", "1kHz", "7Hz" };
 
 template <size_t N> static const char *one_of(Maker *maker, const char *const (&list)[N])
@@ -74,6 +79,21 @@ static Expression literal(Maker *maker, Type type)
         return leaf(type, "cast(-70000, WORD)");
     case Type::QUANTITY:
         return leaf(type, "cast(12, QUANTITY)");
+    case Type::CONVERTER:
+        return leaf(type, one_of(maker, converters));
+    case Type::COMPONENT:
+        return leaf(type, maker->random.chance(50) ? "pump" : "fan");
+    case Type::VARLOC:
+        return leaf(type, maker->features.has_library || maker->random.chance(30)
+                              ? one_of(maker, spots)
+                              : one_of(maker, places_of_parts));
+    case Type::WAVEFORM:
+        return leaf(type, maker->random.chance(50) ? "pulses" : "ramp");
+    case Type::CONNECTOR:
+        return leaf(type, maker->random.chance(50) ? "plug" : "socket");
+    case Type::POINT:
+        if (maker->features.has_library) return leaf(type, one_of(maker, contacts));
+        return leaf(type, maker->random.chance(50) ? "plug.A.probe" : "plug.B.tap");
     default:
         if (maker->random.chance(30)) return leaf(type, one_of(maker, negative_words), SIGN);
         return leaf(type, one_of(maker, words));
@@ -446,10 +466,12 @@ static Expression make_word(Maker *maker, int depth)
 static Expression comparison(Maker *maker, Type type, int depth)
 {
     constexpr const char *signs[] = { "<", "<=", ">", ">=", "==", "!=" };
-    const uint32_t which = maker->random.below(type == Type::BOOL ? 2 : 6);
-    const uint32_t chosen = type == Type::BOOL ? which + 4 : which;
+    const bool has_no_order = type == Type::BOOL || is_item(type);
+    const uint32_t which = maker->random.below(has_no_order ? 2 : 6);
+    const uint32_t chosen = has_no_order ? which + 4 : which;
     Expression left = make_expression(maker, type, depth);
     Expression right = make_expression(maker, type, depth);
+    if (is_item(type) && maker->random.chance(15)) right = leaf(type, "NULL");
     /* NULL may stand on the right side of an equality alone. */
     if (left.text == "NULL") left.text = "\"abc\"";
     if (right.text == "NULL" && chosen < 4) right.text = "\"abc\"";
@@ -459,10 +481,12 @@ static Expression comparison(Maker *maker, Type type, int depth)
 
 static Expression make_truth(Maker *maker, int depth)
 {
-    constexpr Type compared[] = { Type::INT,    Type::INT,     Type::INT,    Type::CHAR,
-                                  Type::COLOUR, Type::STRING,  Type::STRING, Type::VOLTAGE,
-                                  Type::TIME,   Type::CURRENT, Type::BOOL,   Type::CLOCK_TIME,
-                                  Type::FLOAT,  Type::WORD,    Type::SHORT,  Type::QUANTITY };
+    constexpr Type compared[] = { Type::INT,    Type::INT,       Type::INT,      Type::CHAR,
+                                  Type::COLOUR, Type::STRING,    Type::STRING,   Type::VOLTAGE,
+                                  Type::TIME,   Type::CURRENT,   Type::BOOL,     Type::CLOCK_TIME,
+                                  Type::FLOAT,  Type::WORD,      Type::SHORT,    Type::QUANTITY,
+                                  Type::VARLOC, Type::CONVERTER, Type::WAVEFORM, Type::COMPONENT,
+                                  Type::POINT,  Type::CONNECTOR };
     switch (maker->random.below(10)) {
     case 0:
         return signed_value(Type::BOOL, "NOT ", make_expression(maker, Type::BOOL, depth));
@@ -576,6 +600,20 @@ static Expression make_any_quantity(Maker *maker, int depth)
                                     : variable_value(maker, Type::QUANTITY, depth);
 }
 
+static Expression make_item(Maker *maker, Type type, int depth)
+{
+    switch (maker->random.below(6)) {
+    case 0:
+        return call_of_type(maker, type, depth);
+    case 1:
+        return assignment(maker, type, depth);
+    case 2:
+        return literal(maker, type);
+    default:
+        return variable_value(maker, type, depth);
+    }
+}
+
 static Expression make_colour(Maker *maker, int depth)
 {
     if (maker->random.chance(12)) return lesser_or_greater(maker, Type::COLOUR, depth);
@@ -652,6 +690,13 @@ Expression make_expression(Maker *maker, Type type, int depth)
         return make_raw_word(maker, depth - 1);
     case Type::QUANTITY:
         return make_any_quantity(maker, depth - 1);
+    case Type::CONVERTER:
+    case Type::COMPONENT:
+    case Type::VARLOC:
+    case Type::WAVEFORM:
+    case Type::CONNECTOR:
+    case Type::POINT:
+        return make_item(maker, type, depth - 1);
     default:
         return maker->random.chance(25) ? variable_value(maker, type, depth)
                                         : make_quantity(maker, type, depth - 1);

@@ -27,10 +27,12 @@ enum Level {
 constexpr Type quantities[] = { Type::VOLTAGE, Type::CURRENT,   Type::RESISTANCE,
                                 Type::TIME,    Type::FREQUENCY, Type::CLOCK_TIME };
 
-constexpr const char *type_names[] = { "INT",    "BOOL",      "CHAR",       "COLOUR",
-                                       "STRING", "VOLTAGE",   "CURRENT",    "RESISTANCE",
-                                       "TIME",   "FREQUENCY", "CLOCK_TIME", "FLOAT",
-                                       "SHORT",  "WORD",      "QUANTITY",   "VOID" };
+constexpr const char *type_names[] = { "INT",       "BOOL",      "CHAR",       "COLOUR",
+                                       "STRING",    "VOLTAGE",   "CURRENT",    "RESISTANCE",
+                                       "TIME",      "FREQUENCY", "CLOCK_TIME", "FLOAT",
+                                       "SHORT",     "WORD",      "QUANTITY",   "CONVERTER",
+                                       "COMPONENT", "VARLOC",    "WAVEFORM",   "CONNECTOR",
+                                       "POINT",     "VOID" };
 
 inline const char *name_of(Type type)
 {
@@ -40,6 +42,12 @@ inline const char *name_of(Type type)
 inline bool is_quantity(Type type)
 {
     return type >= Type::VOLTAGE && type <= Type::CLOCK_TIME;
+}
+
+// Items of data sections: they can be named, kept, passed on and told apart.
+inline bool is_item(Type type)
+{
+    return type >= Type::CONVERTER && type <= Type::POINT;
 }
 
 enum class Mode { VALUE, REFERENCE, ARRAY, PART, OPERATION };

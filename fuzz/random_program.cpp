@@ -49,6 +49,13 @@ constexpr Declaration locals[] = {
     { "w", Type::WORD, Shape::SCALAR, "WORD w" },
     { "q", Type::QUANTITY, Shape::SCALAR, "QUANTITY q" },
     { "g", Type::SHORT, Shape::SCALAR, "SHORT g, g_end" }, // written as four bytes
+    { "e", Type::CONVERTER, Shape::SCALAR, "CONVERTER e" },
+    { "d", Type::COMPONENT, Shape::SCALAR, "COMPONENT d" },
+    { "l", Type::VARLOC, Shape::SCALAR, "VARLOC l" },
+    { "o", Type::WAVEFORM, Shape::SCALAR, "WAVEFORM o" },
+    { "z", Type::POINT, Shape::SCALAR, "POINT z" },
+    { "y", Type::CONNECTOR, Shape::SCALAR, "CONNECTOR y" },
+    { "scales", Type::CONVERTER, Shape::ARRAY, "CONVERTER scales[4]" },
     { "list", Type::INT, Shape::ARRAY, "INT list[4]" },
     { "bytes", Type::CHAR, Shape::ARRAY, "CHAR bytes[4]" },
     { "hues", Type::COLOUR, Shape::BY_COLOUR, "COLOUR hues[COLOUR]" },
@@ -67,6 +74,8 @@ constexpr Declaration statics[] = {
     { "v", Type::VOLTAGE, Shape::SCALAR, "VAR VOLTAGE " },
     { "w", Type::WORD, Shape::SCALAR, "VAR WORD " },
     { "f", Type::FLOAT, Shape::SCALAR, "VAR FLOAT " },
+    { "e", Type::CONVERTER, Shape::SCALAR, "VAR CONVERTER " },
+    { "g", Type::VARLOC, Shape::ARRAY, "VAR VARLOC " },
     { "a", Type::INT, Shape::ARRAY, "VAR INT " },
     { "d", Type::CHAR, Shape::ARRAY, "VAR CHAR " },
     { "p", Type::NOTHING, Shape::PART, "VAR PART " },
@@ -118,9 +127,10 @@ void begin_body(Maker *maker, Function *function)
     if (function->locals.count("op") != 0) function->body.push_back(line("op = plus", {}, true));
 }
 
-constexpr Type passed[] = { Type::INT,     Type::INT,    Type::CHAR,  Type::BOOL,
-                            Type::COLOUR,  Type::STRING, Type::TIME,  Type::FLOAT,
-                            Type::VOLTAGE, Type::WORD,   Type::SHORT, Type::QUANTITY };
+constexpr Type passed[] = { Type::POINT,   Type::CONVERTER, Type::VARLOC, Type::COMPONENT,
+                            Type::INT,     Type::INT,       Type::CHAR,   Type::BOOL,
+                            Type::COLOUR,  Type::STRING,    Type::TIME,   Type::FLOAT,
+                            Type::VOLTAGE, Type::WORD,      Type::SHORT,  Type::QUANTITY };
 
 Parameter make_parameter(Maker *maker)
 {
@@ -177,10 +187,11 @@ Function begin_function(Maker *maker, const std::string &name, Type result, cons
     return function;
 }
 
-constexpr Type results[] = { Type::INT,    Type::INT,     Type::BOOL,    Type::COLOUR,
-                             Type::STRING, Type::VOLTAGE, Type::TIME,    Type::CURRENT,
-                             Type::CHAR,   Type::FLOAT,   Type::NOTHING, Type::NOTHING,
-                             Type::SHORT,  Type::WORD,    Type::QUANTITY };
+constexpr Type results[] = { Type::CONVERTER, Type::VARLOC,  Type::WAVEFORM, Type::INT,
+                             Type::INT,       Type::BOOL,    Type::COLOUR,   Type::STRING,
+                             Type::VOLTAGE,   Type::TIME,    Type::CURRENT,  Type::CHAR,
+                             Type::FLOAT,     Type::NOTHING, Type::NOTHING,  Type::SHORT,
+                             Type::WORD,      Type::QUANTITY };
 
 Known make_known(Maker *maker)
 {

@@ -26,6 +26,12 @@ enum class Type : uint8_t {
     SHORT,    // holds no more than 15 bits
     WORD,     // four bytes of any kind
     QUANTITY, // a quantity of any kind, and a number
+    CONVERTER,
+    COMPONENT,
+    VARLOC,
+    WAVEFORM,
+    CONNECTOR,
+    POINT,
     NOTHING
 };
 

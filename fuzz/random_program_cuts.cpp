@@ -39,6 +39,12 @@ constexpr const char *plain_values[] = { "0",
                                          "cast(1, SHORT)",
                                          "cast(1, WORD)",
                                          "cast(1, QUANTITY)",
+                                         "scale",
+                                         "pump",
+                                         "spot(0)",
+                                         "pulses",
+                                         "plug",
+                                         "contact(0)",
                                          "" };
 
 const char *plain_value(Type type)

@@ -23,7 +23,9 @@ constexpr Type assigned[] = { Type::INT,        Type::INT,       Type::INT,     
                               Type::BOOL,       Type::COLOUR,    Type::STRING,     Type::VOLTAGE,
                               Type::CURRENT,    Type::TIME,      Type::CLOCK_TIME, Type::FLOAT,
                               Type::RESISTANCE, Type::FREQUENCY, Type::CHAR,       Type::SHORT,
-                              Type::WORD,       Type::WORD,      Type::QUANTITY };
+                              Type::WORD,       Type::WORD,      Type::QUANTITY,   Type::CONVERTER,
+                              Type::VARLOC,     Type::COMPONENT, Type::WAVEFORM,   Type::POINT,
+                              Type::CONNECTOR };
 
 // Assignments turn milliseconds and microseconds into one another, arguments do not.
 static Expression stored_value(Maker *maker, Type type)
@@ -32,6 +34,7 @@ static Expression stored_value(Maker *maker, Type type)
         return make_expression(maker, Type::TIME, 3);
     if (type == Type::TIME && maker->random.chance(20))
         return make_expression(maker, Type::CLOCK_TIME, 3);
+    if (is_item(type) && maker->random.chance(15)) return leaf(type, "NULL");
     return make_source(maker, type, 3);
 }
 

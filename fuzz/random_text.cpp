@@ -120,6 +120,87 @@ SYSCALL (40) INT ask(INT which)
         (49) STRING label(QUANTITY reading)
 )";
 
+// Only with programs that name what they describe.
+constexpr const char *data_names[] = { "scale", "steps", "pump",   "fan",  "pulses",
+                                       "ramp",  "plug",  "socket", "spot", "contact" };
+
+constexpr char data_head[] = R"(DATA CONVERTER scale
+DATA CONVERTER steps
+DATA COMPONENT pump
+DATA COMPONENT fan
+DATA WAVEFORM pulses
+DATA WAVEFORM ramp
+DATA CONNECTOR plug
+DATA CONNECTOR socket
+FUNCTION VARLOC spot(INT which)
+         POINT contact(INT which)
+)";
+
+constexpr char data_sections[] = R"(DATA CONVERTER scale
+BEGIN
+    OldType = VOLTAGE, QuantityType = TEMPERATURE
+    Multiplier = 3, Divisor = 2, Offset = -40
+    STATE "cold", -40C, 60C
+    STATE "warm", 61C, 120C
+END
+DATA CONVERTER steps
+BEGIN
+    MAP 0, 10
+    MAP 1000, -50
+    Next = scale
+END
+DATA WAVEFORM pulses
+BEGIN
+    0, 255, 0, 255
+END
+DATA WAVEFORM ramp
+BEGIN
+    0, 64, 128, 192
+END
+DATA COMPONENT pump
+BEGIN
+    Name = {PUMP}, Location = {ENGINE_BAY}
+    VARLOC inlet Location = {LEFT_SIDE}
+    VARLOC outlet Location = {RIGHT_SIDE}, Attributes = 5
+END
+DATA COMPONENT fan
+BEGIN
+    Name = {FAN}, Parent = pump
+    VARLOC hub Location = {FRONT}
+END
+DATA CONNECTOR plug
+BEGIN
+    Name = {PLUG}, Mnemonic = {C104}
+    VIEW mating
+        Name = {MATING_SIDE}, Shell = {TWO_PINS}, Component = pump
+        Flags = Front
+    PIN A
+        Name = "A", SignalName = "SUPPLY"
+        POINT probe Location = {PIN_A}, View = mating, Sex = FEMALE
+    PIN B
+        Name = "B"
+        POINT tap Location = {PIN_B}, View = mating, Sex = FEMALE
+END
+DATA CONNECTOR socket
+BEGIN
+    Name = {SOCKET}, Mnemonic = {C105}
+    PIN A
+        Name = "A"
+END
+FUNCTION VARLOC spot(INT which)
+BEGIN
+    IF which == 0
+        RETURN pump.inlet
+    RETURN fan.hub
+END
+FUNCTION POINT contact(INT which)
+BEGIN
+    IF which == 0
+        RETURN plug.A.probe
+    RETURN plug.B.tap
+END
+)";
+
 constexpr char shared_functions[] = R"(FUNCTION INT plus(INT a, b)
 BEGIN
     RETURN a + b
@@ -221,10 +302,21 @@ Sources sources_of(const std::vector<const Program *> &programs)
     Text main;
     Text library;
     bool is_split = false;
+    bool has_items = false;
     std::set<std::string> names(std::begin(shared_names), std::end(shared_names));
     for (const Program *program : programs) {
         print_program(*program, &main, &library, &names);
         is_split |= program->is_split;
+    }
+    const std::set<std::string> used = words_of(main.functions + library.functions);
+    for (const char *name : data_names) {
+        has_items |= used.count(name) != 0;
+        names.insert(name);
+    }
+    if (has_items) {
+        Text *owner = is_split ? &library : &main;
+        owner->public_part = data_head + owner->public_part;
+        owner->statics = data_sections + owner->statics;
     }
     if (!is_split)
         return { std::string("MODULE fuzz\n") + shared_head + module_of(main, shared_functions),
