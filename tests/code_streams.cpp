@@ -3,6 +3,8 @@
  */
 #include "codegen/tlc.h"
 #include "frontend/tlp.h"
+#include "module_contents.h"
+#include "written.h"
 
 #include <cstring>
 #include <gtest/gtest.h>
@@ -42,6 +44,7 @@ protected:
     void SetUp() override
     {
         TLCG_Initialise();
+        messages.clear();
         TLT_DefaultMessageHandler(keep_message);
         module = TLP_NewModule("m", nullptr);
         TLP_SetModuleName(module, "m");
@@ -69,325 +72,124 @@ protected:
     /** Writes the stream as a module, reads it back and gives its code. */
     Bytes code_of_module()
     {
-        path = testing::TempDir() + "code_streams." + std::to_string(getpid()) + ".kob";
+        const std::string path =
+            testing::TempDir() + "code_streams." + std::to_string(getpid()) + ".kob";
         KOB_MODULE *object = nullptr;
         EXPECT_EQ(KOB_NewNameModule(&object, path.c_str(), 0, "1", "M"), 0);
         TLC_GenerateObjectCode(stream, object);
         EXPECT_EQ(KOB_CloseModule(object, 0, 1), 0);
-        EXPECT_EQ(KOB_OpenModule(&object, path.c_str()), 0);
-        const uint8_t *code = KOB_CodeAddress(object);
-        Bytes bytes(code, code + KOB_CodeSize(object));
-        KOB_AllSymbols(object, keep_symbol, this);
-        KOB_AllStaticOffsets(object, keep_offset, this);
-        KOB_CloseModule(object, 0, 1);
-        return bytes;
-    }
-
-    static int32_t keep_symbol(void *context, KOB_SYMBOL *symbol, const char *name)
-    {
-        CodeStreams *test = static_cast<CodeStreams *>(context);
-        test->symbols.push_back(std::to_string(KOB_SymbolClass(symbol)) + " " + name + " " +
-                                KOB_SymbolType(symbol) + " " +
-                                std::to_string(KOB_SymbolValue(symbol)));
-        return 1;
-    }
-
-    static int32_t keep_offset(void *context, int32_t offset)
-    {
-        static_cast<CodeStreams *>(context)->static_offsets.push_back(offset);
-        return 1;
+        contents = contents_of(path);
+        return contents.code;
     }
 
     TLP_MODULE *module = nullptr;
     TLC_STREAM *stream = nullptr;
-    std::string path;
-    std::vector<std::string> symbols;
-    std::vector<int> static_offsets;
+    ModuleContents contents;
 };
 
+TEST_F(CodeStreams, LiteralsTakeTheirShortestForm)
+{
+    const struct {
+        int32_t value;
+        Bytes expected;
+    } rows[] = {
+        { 0, { 0 } },
+        { 31, { 31 } },
+        { 32, { 32, 32 } },
+        { 127, { 32, 127 } },
+        { 128, { 33, 0, 128 } },
+        { -1, { 32, 255 } },
+        { -128, { 32, 128 } },
+        { -129, { 33, 0xff, 0x7f } },
+        { 32767, { 33, 0x7f, 0xff } },
+        { INT16_MIN, { 33, 0x80, 0 } },
+        { INT16_MIN - 1, { 34, 0xff, 0xff, 0x7f, 0xff } },
+        { 32768, { 34, 0, 0, 0x80, 0 } },
+        { INT32_MIN, { 34, 0x80, 0, 0, 0 } },
+    };
+    for (const auto &row : rows) {
+        TLC_PSECT *section = TLC_NewPSect(stream);
+        TLC_Literal(stream, row.value);
+        EXPECT_EQ(bytes_of(section), row.expected) << row.value;
+    }
+}
+
+// A value in front of each of some codes.
+void literal_and(TLC_STREAM *s, int32_t value, std::initializer_list<int32_t> codes)
+{
+    for (int32_t code : codes) {
+        TLC_Literal(s, value);
+        TLC_PCode(s, code);
+    }
+}
+
+void pcodes(TLC_STREAM *s, std::initializer_list<int32_t> codes)
+{
+    for (int32_t code : codes)
+        TLC_PCode(s, code);
+}
+
 struct Emission {
-    const char *what;
     void (*emit)(TLC_STREAM *stream);
     Bytes expected;
 };
 
-#define EMIT [](TLC_STREAM * s)
-
-const Emission emissions[] = { { "literal 0", EMIT{ TLC_Literal(s, 0);
-} // namespace
-,
-{
-    0
-}
-}
-, { "literal 31", EMIT{ TLC_Literal(s, 31);
-}
-,
-{
-    31
-}
-}
-, { "literal 32", EMIT{ TLC_Literal(s, 32);
-}
-,
-{
-    32, 32
-}
-}
-, { "literal 127", EMIT{ TLC_Literal(s, 127);
-}
-,
-{
-    32, 127
-}
-}
-, { "literal 128", EMIT{ TLC_Literal(s, 128);
-}
-,
-{
-    33, 0, 128
-}
-}
-, { "literal -1", EMIT{ TLC_Literal(s, -1);
-}
-,
-{
-    32, 255
-}
-}
-, { "literal -128", EMIT{ TLC_Literal(s, -128);
-}
-,
-{
-    32, 128
-}
-}
-, { "literal -129", EMIT{ TLC_Literal(s, -129);
-}
-,
-{
-    33, 0xff, 0x7f
-}
-}
-, { "literal 32767", EMIT{ TLC_Literal(s, 32767);
-}
-,
-{
-    33, 0x7f, 0xff
-}
-}
-, { "literal -32768", EMIT{ TLC_Literal(s, INT16_MIN);
-}
-,
-{
-    33, 0x80, 0
-}
-}
-, { "literal -32769", EMIT{ TLC_Literal(s, INT16_MIN - 1);
-}
-,
-{
-    34, 0xff, 0xff, 0x7f, 0xff
-}
-}
-, { "literal 32768", EMIT{ TLC_Literal(s, 32768);
-}
-,
-{
-    34, 0, 0, 0x80, 0
-}
-}
-, { "lowest literal", EMIT{ TLC_Literal(s, INT32_MIN);
-}
-,
-{
-    34, 0x80, 0, 0, 0
-}
-}
-, { "0 ADD vanishes and leaves nothing to fold", EMIT{ TLC_Literal(s, 0);
-TLC_Literal(s, 0);
-TLC_PCode(s, EEP_ADD);
-TLC_PCode(s, EEP_ADD);
-}
-,
-{
-    0, EEP_ADD
-}
-}
-, { "0 SUB, 0 OR, 0 SL, 0 SR vanish",
-    EMIT{ for (int32_t code
-               : { EEP_SUB, EEP_OR, EEP_SL, EEP_SR }){ TLC_Literal(s, 0);
-TLC_PCode(s, code);
-}
-}
-, {}
-}
-, { "0 MUL and 0 AND stay", EMIT{ TLC_Literal(s, 0);
-TLC_PCode(s, EEP_MUL);
-TLC_Literal(s, 0);
-TLC_PCode(s, EEP_AND);
-}
-,
-{
-    0, EEP_MUL, 0, EEP_AND
-}
-}
-, { "1 MUL and 1 DIV vanish, 1 ADD stays", EMIT{ TLC_Literal(s, 1);
-TLC_PCode(s, EEP_MUL);
-TLC_Literal(s, 1);
-TLC_PCode(s, EEP_DIV);
-TLC_Literal(s, 1);
-TLC_PCode(s, EEP_ADD);
-}
-,
-{
-    1, EEP_ADD
-}
-}
-, { "an operand of 0 is no literal", EMIT{ TLC_Code8(s, 0);
-TLC_PCode(s, EEP_ADD);
-TLC_Code16(s, 0);
-TLC_PCode(s, EEP_ADD);
-TLC_Code32(s, 1);
-TLC_PCode(s, EEP_MUL);
-}
-,
-{
-    0, EEP_ADD, 0, 0, EEP_ADD, 0, 0, 0, 1, EEP_MUL
-}
-}
-, { "LLA folds with the loads", EMIT{ for (int32_t code
-                                           : { EEP_LB, EEP_LW, EEP_LP }){ TLC_PCode(s, EEP_LLA);
-TLC_PCode(s, code);
-}
-}
-,
-{
-    EEP_LLB, EEP_LLW, EEP_LLW
-}
-}
-, { "LLA folds with the stores, and these with POP",
-    EMIT{ for (int32_t code
-               : { EEP_SB, EEP_SW, EEP_SP }){ TLC_PCode(s, EEP_LLA);
-TLC_PCode(s, code);
-TLC_PCode(s, EEP_POP);
-}
-}
-,
-{
-    EEP_SLBP, EEP_SLWP, EEP_SLWP
-}
-}
-, { "stores fold with POP, once",
-    EMIT{ for (int32_t code
-               : { EEP_SLB, EEP_SLW, EEP_SB, EEP_SW, EEP_SP }){ TLC_PCode(s, code);
-TLC_PCode(s, EEP_POP);
-TLC_PCode(s, EEP_POP);
-}
-}
-,
-{
-    EEP_SLBP, EEP_POP, EEP_SLWP, EEP_POP, EEP_SBP, EEP_POP, EEP_SWP, EEP_POP, EEP_SP, EEP_POP,
-        EEP_POP
-}
-}
-, { "the word at 4 grows by 1", EMIT{ TLC_LoadLocalValue(s, 4, 4, -1, 0);
-TLC_Literal(s, 1);
-TLC_PCode(s, EEP_ADD);
-TLC_LoadLocalAddress(s, 4, 4, -1, 0);
-TLC_StoreValue(s, 4, 1);
-TLC_PCode(s, EEP_POP);
-}
-,
-{
-    0x04, 0x24, 0x01, 0x30, 0x04, 0x6D
-}
-}
-, { "loads", EMIT{ for (int32_t access = 0; access < 3; access++) TLC_LoadValue(s, 2, access);
-TLC_LoadValue(s, 1, 1);
-TLC_LoadValue(s, 1, 0);
-}
-,
-{
-    EEP_LLW, EEP_LW, EEP_LP, EEP_LB, EEP_LLB
-}
-}
-, { "stores", EMIT{ for (int32_t access = 0; access < 3; access++) TLC_StoreValue(s, 4, access);
-TLC_StoreValue(s, 1, 1);
-TLC_StoreValue(s, 1, 0);
-}
-,
-{
-    EEP_SLW, EEP_SW, EEP_SP, EEP_SB, EEP_SLB
-}
-}
-, { "sum of index and address", EMIT{ TLC_AddAddress(s, 1);
-TLC_AddAddress(s, 4);
-TLC_AddAddress(s, 6);
-}
-,
-{
-    EEP_ADD, EEP_ADW, EEP_EXCH, 6, EEP_MUL, EEP_ADD
-}
-}
-, { "offset in a record", EMIT{ TLC_LoadOffset(s, 4, 2, 3, 2);
-TLC_LoadOffset(s, 4, 2, 3, -1);
-TLC_LoadOffset(s, 1, 0, 3, -1);
-}
-,
-{
-    10, 4, EEP_MUL, 2, EEP_ADD
-}
-}
-, { "element of the frame, index on the stack", EMIT{ TLC_LoadLocalValue(s, 4, 8, 10, -1);
-TLC_StoreLocalValue(s, 1, 2, 10, -1);
-TLC_StoreLocalValue(s, 4, 2, 10, 3);
-}
-,
-{
-    8, EEP_LLA, EEP_ADW, EEP_LW, 2, EEP_LLA, EEP_ADD, EEP_SB, 14, EEP_SLW
-}
-}
-, { "static data", EMIT{ TLC_LoadGlobalAddress(s, 4, 0x102, 5, 2);
-TLC_LoadGlobalAddress(s, 4, 2, 5, -1);
-}
-,
-{
-    EEP_LSA, 0, 0, 1, 10, EEP_LSA, 0, 0, 0, 2, EEP_ADW
-}
-}
-, { "arguments", EMIT{ TLC_Argument(s, 1);
-TLC_Argument(s, 4);
-}
-,
-{
-    EEP_ARGB
-}
-}
-, { "alignment", EMIT{ TLC_Align(s);
-TLC_Code8(s, 1);
-TLC_Align(s);
-TLC_Align(s);
-}
-,
-{
-    1, 0
-}
-}
-, { "no line numbers unless asked for", EMIT{ TLC_LineNumber(s, 5);
-}
-, {}
-}
-,
-}
-;
+// clang-format off
+#define EMIT(...) [](TLC_STREAM *s) { __VA_ARGS__; }
+const Emission emissions[] = {
+    // 0 ADD vanishes and leaves nothing to fold.
+    { EMIT(TLC_Literal(s, 0), literal_and(s, 0, { EEP_ADD }), TLC_PCode(s, EEP_ADD)),
+      { 0, EEP_ADD } },
+    { EMIT(literal_and(s, 0, { EEP_SUB, EEP_OR, EEP_SL, EEP_SR })), {} },
+    { EMIT(literal_and(s, 0, { EEP_MUL, EEP_AND })), { 0, EEP_MUL, 0, EEP_AND } },
+    { EMIT(literal_and(s, 1, { EEP_MUL, EEP_DIV, EEP_ADD })), { 1, EEP_ADD } },
+    // An operand of 0 is no literal.
+    { EMIT(TLC_Code8(s, 0), TLC_PCode(s, EEP_ADD)), { 0, EEP_ADD } },
+    { EMIT(TLC_Code16(s, 0), TLC_PCode(s, EEP_ADD)), { 0, 0, EEP_ADD } },
+    { EMIT(TLC_Code32(s, 1), TLC_PCode(s, EEP_MUL)), { 0, 0, 0, 1, EEP_MUL } },
+    { EMIT(pcodes(s, { EEP_LLA, EEP_LB, EEP_LLA, EEP_LW, EEP_LLA, EEP_LP })),
+      { EEP_LLB, EEP_LLW, EEP_LLW } },
+    { EMIT(pcodes(s, { EEP_LLA, EEP_SB, EEP_POP, EEP_LLA, EEP_SW, EEP_POP, EEP_LLA, EEP_SP, EEP_POP })),
+      { EEP_SLBP, EEP_SLWP, EEP_SLWP } },
+    // Stores fold with POP, once.
+    { EMIT(pcodes(s, { EEP_SLB, EEP_POP, EEP_POP })), { EEP_SLBP, EEP_POP } },
+    { EMIT(pcodes(s, { EEP_SLW, EEP_POP, EEP_POP })), { EEP_SLWP, EEP_POP } },
+    { EMIT(pcodes(s, { EEP_SB, EEP_POP, EEP_POP })), { EEP_SBP, EEP_POP } },
+    { EMIT(pcodes(s, { EEP_SW, EEP_POP, EEP_POP })), { EEP_SWP, EEP_POP } },
+    { EMIT(pcodes(s, { EEP_SP, EEP_POP, EEP_POP })), { EEP_SP, EEP_POP, EEP_POP } },
+    // The word at 4 grows by 1.
+    { EMIT(TLC_LoadLocalValue(s, 4, 4, -1, 0), literal_and(s, 1, { EEP_ADD }),
+           TLC_LoadLocalAddress(s, 4, 4, -1, 0), TLC_StoreValue(s, 4, 1), TLC_PCode(s, EEP_POP)),
+      { 0x04, 0x24, 0x01, 0x30, 0x04, 0x6D } },
+    // By access: of the frame, by address, by pointer.
+    { EMIT(TLC_LoadValue(s, 2, 0), TLC_LoadValue(s, 2, 1), TLC_LoadValue(s, 2, 2)),
+      { EEP_LLW, EEP_LW, EEP_LP } },
+    { EMIT(TLC_LoadValue(s, 1, 1), TLC_LoadValue(s, 1, 0)), { EEP_LB, EEP_LLB } },
+    { EMIT(TLC_StoreValue(s, 4, 0), TLC_StoreValue(s, 4, 1), TLC_StoreValue(s, 4, 2)),
+      { EEP_SLW, EEP_SW, EEP_SP } },
+    { EMIT(TLC_StoreValue(s, 1, 1), TLC_StoreValue(s, 1, 0)), { EEP_SB, EEP_SLB } },
+    { EMIT(TLC_AddAddress(s, 1), TLC_AddAddress(s, 4), TLC_AddAddress(s, 6)),
+      { EEP_ADD, EEP_ADW, EEP_EXCH, 6, EEP_MUL, EEP_ADD } },
+    { EMIT(TLC_LoadOffset(s, 4, 2, 3, 2), TLC_LoadOffset(s, 4, 2, 3, -1), TLC_LoadOffset(s, 1, 0, 3, -1)),
+      { 10, 4, EEP_MUL, 2, EEP_ADD } },
+    // An element of the frame, its index on the stack or known.
+    { EMIT(TLC_LoadLocalValue(s, 4, 8, 10, -1)), { 8, EEP_LLA, EEP_ADW, EEP_LW } },
+    { EMIT(TLC_StoreLocalValue(s, 1, 2, 10, -1)), { 2, EEP_LLA, EEP_ADD, EEP_SB } },
+    { EMIT(TLC_StoreLocalValue(s, 4, 2, 10, 3)), { 14, EEP_SLW } },
+    { EMIT(TLC_LoadGlobalAddress(s, 4, 0x102, 5, 2)), { EEP_LSA, 0, 0, 1, 10 } },
+    { EMIT(TLC_LoadGlobalAddress(s, 4, 2, 5, -1)), { EEP_LSA, 0, 0, 0, 2, EEP_ADW } },
+    { EMIT(TLC_Argument(s, 1), TLC_Argument(s, 4)), { EEP_ARGB } },
+    { EMIT(TLC_Align(s), TLC_Code8(s, 1), TLC_Align(s), TLC_Align(s)), { 1, 0 } },
+    { EMIT(TLC_LineNumber(s, 5)), {} }, // not asked for
+};
+// clang-format on
 
 TEST_F(CodeStreams, EmitExactBytes)
 {
     for (const Emission &row : emissions) {
         TLC_PSECT *section = TLC_NewPSect(stream);
         row.emit(stream);
-        EXPECT_EQ(bytes_of(section), row.expected) << row.what;
+        EXPECT_EQ(bytes_of(section), row.expected) << "row " << &row - emissions;
     }
     EXPECT_TRUE(messages.empty());
 }
@@ -479,12 +281,12 @@ TEST_F(CodeStreams, LayoutPadsAndPatches)
         EEP_STOP, 0,                                  // the spare byte of an odd code
     };
     EXPECT_EQ(code_of_module(), expected);
-    EXPECT_EQ(static_offsets, std::vector<int>({ 13 }));
+    EXPECT_EQ(contents.static_offsets, std::vector<int>({ 13 }));
     const std::vector<std::string> expected_symbols = {
         "0 $M START 0",          "11 Engine.tl CODE 0",     "0 M.CONSTANTS CONSTANTS 0",
         "0 engine.$CODE CODE 6", "7 M.$NONVOLSTART CODE 2", "8 M.$NONVOLEND CODE 6",
     };
-    EXPECT_EQ(symbols, expected_symbols);
+    EXPECT_EQ(contents.symbols, expected_symbols);
 }
 
 TEST_F(CodeStreams, SymbolsMarkPlacesAndFields)
@@ -515,7 +317,7 @@ TEST_F(CodeStreams, SymbolsMarkPlacesAndFields)
         "0 $M START 0",    "11 Engine.tl CODE 0", "6 IDLE INT 15",         "1 BARE CODE 11",
         "1 M.AWAY CODE 6", "0 M.HERE CODE 0",     "0 engine.$CODE CODE 0",
     };
-    EXPECT_EQ(symbols, expected_symbols);
+    EXPECT_EQ(contents.symbols, expected_symbols);
 }
 
 TEST_F(CodeStreams, FaultsOfLayoutAreReported)
@@ -587,7 +389,7 @@ TEST_F(CodeStreams, CallsOfFunctionsAndUserCodes)
     EXPECT_EQ(bytes_of(section), expected);
     EXPECT_EQ(messages, std::vector<std::string>({ "PCode pragma has non-numeric value" }));
     code_of_module();
-    const std::vector<std::string> references(symbols.begin() + 2, symbols.end());
+    const std::vector<std::string> references(contents.symbols.begin() + 2, contents.symbols.end());
     const std::vector<std::string> expected_references = {
         "1 M.ZERO CODE 23", "1 M.WRONG CODE 16", "16 $M CODE 13",
         "16 $M CODE 10",    "1 M.PLAIN CODE 3",  "0 engine.$CODE CODE 0",
@@ -632,7 +434,7 @@ TEST_F(CodeStreams, CallsOfSyscalls)
         "13 M.BRIEF SYSCALL_DEF 5",
         "0 engine.$CODE CODE 0",
     };
-    EXPECT_EQ(symbols, expected);
+    EXPECT_EQ(contents.symbols, expected);
 }
 
 TEST_F(CodeStreams, ConstantsAndOuterFrames)
@@ -652,34 +454,11 @@ TEST_F(CodeStreams, ConstantsAndOuterFrames)
     TLC_LoadNonVolatile(stream, texts, 5, 3);
     TLC_LoadConstantAddress(stream, numbers, 5, -1);
     const Bytes expected = {
-        EEP_FIND_SCOPE,
-        0,
-        0,
-        0,
-        0,
-        6,
-        EEP_LLW,
+        EEP_FIND_SCOPE,  0, 0, 0, 0, 6,       EEP_LLW,
         EEP_LOCAL_SCOPE, // the frame of OUTER
-        EEP_LCA,
-        0,
-        0,
-        0,
-        0,
-        EEP_LB, // first element
-        3,
-        EEP_LCA,
-        0,
-        0,
-        0,
-        0,
-        EEP_ADW,
-        EEP_LP, // fourth of the strings
-        EEP_LCA,
-        0,
-        0,
-        0,
-        0,
-        EEP_ADD, // index on the stack
+        EEP_LCA,         0, 0, 0, 0, EEP_LB,  /* first element */ 3,
+        EEP_LCA,         0, 0, 0, 0, EEP_ADW, EEP_LP,
+        EEP_LCA,         0, 0, 0, 0, EEP_ADD, // index on the stack
     };
     EXPECT_EQ(bytes_of(section), expected);
 }
@@ -699,17 +478,13 @@ TEST_F(CodeStreams, SizesThatCannotBeMoved)
 /** What a text stream writes. */
 std::string text_of(TLP_MODULE *module, int32_t target, void (*write)(TLC_STREAM *stream))
 {
-    FILE *file = std::tmpfile();
-    TLC_STREAM *stream = target == TLC_TARGET_C ? TLC_NewCStream(file, module, 0)
-                                                : TLC_NewJavaStream(file, module, 0);
-    EXPECT_EQ(TLC_GetPass(stream), 1);
-    write(stream);
-    TLC_DelStream(stream);
-    std::string text(static_cast<size_t>(std::ftell(file)), 0);
-    std::rewind(file);
-    EXPECT_EQ(std::fread(text.data(), 1, text.size(), file), text.size());
-    std::fclose(file);
-    return text;
+    return written([=](FILE *file) {
+        TLC_STREAM *stream = target == TLC_TARGET_C ? TLC_NewCStream(file, module, 0)
+                                                    : TLC_NewJavaStream(file, module, 0);
+        EXPECT_EQ(TLC_GetPass(stream), 1);
+        write(stream);
+        TLC_DelStream(stream);
+    });
 }
 
 TEST_F(CodeStreams, TextTargets)

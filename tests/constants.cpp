@@ -4,6 +4,7 @@
 #include "codegen/tlc.h"
 #include "names/tlic.h"
 #include "tests/parsed_source.h"
+#include "tests/written.h"
 
 #include <gtest/gtest.h>
 #include <ostrum/eep.h>
@@ -158,23 +159,19 @@ TEST_F(Constants, PrintTheirValues)
                  "BOOL B = TRUE\nINT C = S\nINT D = S - 8\nSTRING V = \"x\"\nSTRING U = V\nMESSAGE "
                  "M1 = \"m\"\n"
                  "PRIVATE\nNONVOLATILE INT N[3]");
-    char *text = nullptr;
-    size_t size = 0;
-    FILE *file = open_memstream(&text, &size);
-    for (const char *name : { "S", "A", "T", "B", "C", "D", "U", "M1", "N" }) {
-        TLI_PrintIdentifier(file, source.find(name), source.module);
-    }
-    fclose(file);
-    EXPECT_STREQ(text, "CONSTANT CONSTANT_CLASS     INT          S Value=7\n"
-                       "CONSTANT CONSTANT_CLASS     INT          A[2] Value=1,2,\n"
-                       "CONSTANT CONSTANT_CLASS     STRING       T[2] Value=\"x\",\"\",\n"
-                       "CONSTANT CONSTANT_CLASS     BOOL         B Value=1\n"
-                       "CONSTANT CONSTANT_CLASS     INT          C Value=7\n"
-                       "CONSTANT CONSTANT_CLASS     INT          D Value=-1\n"
-                       "CONSTANT CONSTANT_CLASS     STRING       U Value=\"x\"\n"
-                       "CONSTANT CONSTANT_CLASS     MESSAGE      M1 Value=\"m\"\n"
-                       "NON_VOLATILE NONVOL_CLASS       INT          N[3] Value=\n");
-    free(text);
+    const std::string text = written([this](FILE *file) {
+        for (const char *name : { "S", "A", "T", "B", "C", "D", "U", "M1", "N" })
+            TLI_PrintIdentifier(file, source.find(name), source.module);
+    });
+    EXPECT_EQ(text, "CONSTANT CONSTANT_CLASS     INT          S Value=7\n"
+                    "CONSTANT CONSTANT_CLASS     INT          A[2] Value=1,2,\n"
+                    "CONSTANT CONSTANT_CLASS     STRING       T[2] Value=\"x\",\"\",\n"
+                    "CONSTANT CONSTANT_CLASS     BOOL         B Value=1\n"
+                    "CONSTANT CONSTANT_CLASS     INT          C Value=7\n"
+                    "CONSTANT CONSTANT_CLASS     INT          D Value=-1\n"
+                    "CONSTANT CONSTANT_CLASS     STRING       U Value=\"x\"\n"
+                    "CONSTANT CONSTANT_CLASS     MESSAGE      M1 Value=\"m\"\n"
+                    "NON_VOLATILE NONVOL_CLASS       INT          N[3] Value=\n");
 }
 
 TEST_F(Constants, NodesCarryAPointer)

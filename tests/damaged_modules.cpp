@@ -1,5 +1,7 @@
 // Damaged files: whatever bytes a module has, it is refused or can be read through without leaving
 // the file. Meant to run under the address and undefined-behaviour checks.
+#include "scratch_folder.h"
+#include "written.h"
 #include <ostrum.h>
 
 #include <gtest/gtest.h>
@@ -14,31 +16,22 @@
 namespace
 {
 
-namespace fs = std::filesystem;
-
-class DamagedModules : public testing::Test
+class DamagedModules : public ScratchFolder
 {
 protected:
-    fs::path folder;
-    std::string file;
     std::string good;
 
     DamagedModules()
     {
-        std::string pattern = (fs::temp_directory_path() / "kobxXXXXXX").string();
-        folder = mkdtemp(pattern.data());
-        file = (folder / "m.kob").string();
         build();
-        std::ifstream in(file, std::ios::binary);
-        good.assign(std::istreambuf_iterator<char>(in), {});
+        good = content_of("m.kob");
     }
-    ~DamagedModules() override { fs::remove_all(folder); }
 
     void build() const
     {
         KOB_MODULE *module = nullptr;
         KOBD_FRAME *frame = nullptr;
-        KOB_NewNameModule(&module, file.c_str(), 0, "1.0", "MAIN");
+        KOB_NewNameModule(&module, "m.kob", 0, "1.0", "MAIN");
         KOB_Code(module, (const uint8_t *)"\x4B\0\4\1\x4A", 5);
         KOB_StaticData(module, 1);
         KOB_Symbol(module, KOB_SOURCE, "main.tl", "CODE", 0);
@@ -101,11 +94,9 @@ void read_all(KOB_MODULE *module)
 
 int32_t DamagedModules::try_bytes(const std::string &bytes) const
 {
-    FILE *out = fopen(file.c_str(), "wb");
-    fwrite(bytes.data(), 1, bytes.size(), out);
-    fclose(out);
+    write("m.kob", bytes);
     KOB_MODULE *module = nullptr;
-    int32_t result = KOB_OpenModule(&module, file.c_str());
+    int32_t result = KOB_OpenModule(&module, "m.kob");
     EXPECT_EQ(result == 0, module != nullptr);
     if (module == nullptr) return result;
     read_all(module);

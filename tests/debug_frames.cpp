@@ -1,4 +1,5 @@
 // Debug frames in memory and through a file: order, duplicates, copies, texts.
+#include "scratch_folder.h"
 #include <ostrum.h>
 
 #include <gtest/gtest.h>
@@ -13,31 +14,20 @@
 namespace
 {
 
-namespace fs = std::filesystem;
 using NAMES = std::vector<std::string>;
 
-class DebugFrames : public testing::Test
+class DebugFrames : public ScratchFolder
 {
 protected:
-    std::string file;
     KOB_MODULE *module = nullptr;
     KOBD_FRAME *frame = nullptr;
 
-    DebugFrames()
-    {
-        std::string pattern = (fs::temp_directory_path() / "kobdXXXXXX").string();
-        file = std::string(mkdtemp(pattern.data())) + "/m.kob";
-        KOB_NewModule(&module, file.c_str(), 0, "1", 1);
-    }
-    ~DebugFrames() override
-    {
-        KOB_CloseModule(module, 0, 1);
-        fs::remove_all(fs::path(file).parent_path());
-    }
+    DebugFrames() { KOB_NewModule(&module, "m.kob", 0, "1", 1); }
+    ~DebugFrames() override { KOB_CloseModule(module, 0, 1); }
     void reopen()
     {
         ASSERT_EQ(0, KOB_CloseModule(module, 4, 1));
-        ASSERT_EQ(0, KOB_OpenModule(&module, file.c_str()));
+        ASSERT_EQ(0, KOB_OpenModule(&module, "m.kob"));
     }
     int32_t add(const char *name, int32_t offset)
     {

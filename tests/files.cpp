@@ -2,52 +2,24 @@
  * Files: names, statuses, lines, directories, descriptors, mappings, and paths of either form.
  */
 #include "core/bf.h"
+#include "scratch_folder.h"
+#include "written.h"
 
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <ostrum/f.h>
 #include <ostrum/ifc.h>
 #include <sstream>
 #include <string>
-#include <unistd.h>
 
 namespace
 {
 
 namespace fs = std::filesystem;
 
-class Files : public testing::Test
-{
-protected:
-    void SetUp() override
-    {
-        char name[] = "/tmp/ostrum-files-XXXXXX";
-        ASSERT_NE(mkdtemp(name), nullptr);
-        fs::current_path(name);
-    }
-
-    void TearDown() override
-    {
-        const fs::path folder = fs::current_path();
-        fs::current_path("/");
-        fs::remove_all(folder);
-    }
-};
-
-void write(const char *path, const std::string &content)
-{
-    std::ofstream(path, std::ios::binary) << content;
-}
-
-std::string content(const char *path)
-{
-    std::ifstream stream(path, std::ios::binary);
-    return { std::istreambuf_iterator<char>(stream), {} };
-}
+using Files = ScratchFolder;
 
 TEST(FileNames, TakenApart)
 {
@@ -111,7 +83,7 @@ TEST_F(Files, TextStatuses)
     ASSERT_EQ(F_OpenFile(&stream, "t", 2), 0);
     std::fputs("two", stream);
     EXPECT_EQ(F_CloseFile(stream), 0);
-    EXPECT_EQ(content("t"), "onetwo");
+    EXPECT_EQ(content_of("t"), "onetwo");
     int32_t size = 0;
     int64_t time = 0;
     EXPECT_EQ(F_FileSize("t", &size), 0);
@@ -309,7 +281,7 @@ TEST_F(Files, BinaryReadWriteAndAlign)
     ASSERT_EQ(BF_OpenFile(&handle, "B", 3), 0); // looked up, at its end
     EXPECT_EQ(BF_Write(handle, "end", 3), 0);
     BF_CloseFile(handle);
-    EXPECT_EQ(content("b"), bytes + "end");
+    EXPECT_EQ(content_of("b"), bytes + "end");
     std::string messages;
     for (int32_t status = 0; status <= 11; status++)
         messages += std::string(BF_Message(status)) + "|";
@@ -342,7 +314,7 @@ TEST_F(Files, MappingsArePrivate)
     EXPECT_EQ(BF_MappedSize(empty), 0u);
     EXPECT_EQ(BF_UnmapFile(handle), 0);
     EXPECT_EQ(BF_UnmapFile(empty), 0);
-    EXPECT_EQ(content("m"), "module");
+    EXPECT_EQ(content_of("m"), "module");
     EXPECT_EQ(BF_OpenFile(&handle, "missing", 4), 1);
     EXPECT_EQ(BF_OpenFile(&handle, ".", 4), 1);
     EXPECT_EQ(BF_OpenFile(&handle, "/dev/null", 4), 1);

@@ -3,6 +3,7 @@
  */
 #include "names/tliv.h"
 #include "tests/parsed_source.h"
+#include "tests/written.h"
 
 #include <gtest/gtest.h>
 #include <ostrum/sh.h>
@@ -113,17 +114,14 @@ TEST(Functions, PrintTheirArgumentsClassAndFrame)
 {
     ParsedSource source;
     source.parse("FUNCTION VOID F(CHAR A, VAR INT B[])\nTREE INT T()");
-    char *text = nullptr;
-    size_t size = 0;
-    FILE *file = open_memstream(&text, &size);
-    TLI_PrintIdentifier(file, source.find("F"), source.module);
-    TLI_PrintIdentifier(file, source.find("T"), source.module);
-    TLI_PrintIdentifier(file, TLIV_GetFunctionArgument(source.find("F"), 1), source.module);
-    fclose(file);
-    EXPECT_STREQ(text, "FUNCTION FUNCTION_CLASS     VOID         F(A,B) Class=FUNCTION,Stack=12\n"
-                       "FUNCTION FUNCTION_CLASS     INT          T() Class=TREE,Stack=0\n"
-                       "ARGUMENT ARGUMENT_CLASS     INT[]        B[0] Offset=4, VAR\n");
-    free(text);
+    const std::string text = written([&](FILE *file) {
+        TLI_PrintIdentifier(file, source.find("F"), source.module);
+        TLI_PrintIdentifier(file, source.find("T"), source.module);
+        TLI_PrintIdentifier(file, TLIV_GetFunctionArgument(source.find("F"), 1), source.module);
+    });
+    EXPECT_EQ(text, "FUNCTION FUNCTION_CLASS     VOID         F(A,B) Class=FUNCTION,Stack=12\n"
+                    "FUNCTION FUNCTION_CLASS     INT          T() Class=TREE,Stack=0\n"
+                    "ARGUMENT ARGUMENT_CLASS     INT[]        B[0] Offset=4, VAR\n");
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 #include "frontend/tlp.h"
 #include "frontend/tlt.h"
 #include "names/tlit.h"
+#include "tests/written.h"
 
 #include <gtest/gtest.h>
 
@@ -16,16 +17,6 @@ static std::vector<std::string> messages; // "level text"
 static void keep_message(TLT_STATEMENT *, int32_t level, const char *text)
 {
     messages.push_back(std::to_string(level) + " " + text);
-}
-
-static std::string read_all(FILE *stream)
-{
-    rewind(stream);
-    std::string text;
-    for (int c = fgetc(stream); c != EOF; c = fgetc(stream))
-        text += (char)c;
-    fclose(stream);
-    return text;
 }
 
 static int32_t append_name(void *context, const char *name, TLI_IDENTIFIER *)
@@ -295,16 +286,17 @@ TEST_F(Identifiers, Listings)
     TLI_DOMAIN *used = TLI_NewDomain("USED");
     TLI_UseDomain(domain, "USED", used);
     TLI_UseDomain(used, "ENGINE", domain); // a circle ends
-    FILE *stream = tmpfile();
-    TLI_PrintDomain(stream, domain, nullptr);
-    TLI_PrintDomain(stream, used, nullptr);
+    const std::string listing = written([&](FILE *stream) {
+        TLI_PrintDomain(stream, domain, nullptr);
+        TLI_PrintDomain(stream, used, nullptr);
+    });
     const std::string engine = "DOMAIN ENGINE\n\n"
                                "\nSCOPE GLOBALS\n\n"
                                "NAME     NAME_CLASS         INT          B {NOTE=x}\n"
                                "NAME     NAME_CLASS         <NO TYPE>    A\n"
                                "USED SCOPES :\n\n";
     const std::string other = "DOMAIN USED\n\nUSED SCOPES :\n\n";
-    EXPECT_EQ(read_all(stream), engine + other + other + engine);
+    EXPECT_EQ(listing, engine + other + other + engine);
     TLI_DelDomain(used);
 }
 

@@ -1,5 +1,6 @@
 // Messages: where they are kept, who is told, how they are counted and printed.
 #include "frontend/tlt.h"
+#include "tests/written.h"
 
 #include <gtest/gtest.h>
 #include <string>
@@ -12,19 +13,6 @@ std::string told;
 void remember(TLT_STATEMENT *statement, int32_t level, const char *text)
 {
     told += (statement == nullptr ? "-" : "s") + std::to_string(level) + text + ";";
-}
-
-// What a printing operation writes.
-template <typename PRINT> std::string printed(PRINT print)
-{
-    char *text = nullptr;
-    size_t size = 0;
-    FILE *stream = open_memstream(&text, &size);
-    print(stream);
-    fclose(stream);
-    std::string result(text, size);
-    free(text);
-    return result;
 }
 
 class Messages : public testing::Test
@@ -106,7 +94,7 @@ TEST_F(Messages, GoWithTheResetUnlessKept)
 TEST_F(Messages, CaretStandsUnderTheLineOfItsColumn)
 {
     auto print = [this](int32_t column) {
-        return printed(
+        return written(
             [this, column](FILE *stream) { TLT_PrintStatement(stream, statement, column); });
     };
     const std::string first = "s.tl, Line 7    first one\n";
@@ -121,7 +109,7 @@ TEST_F(Messages, CaretStandsUnderTheLineOfItsColumn)
 TEST_F(Messages, ArePrintedBelowTheirStatement)
 {
     auto print = [](TLT_STATEMENT *where, int32_t level) {
-        return printed(
+        return written(
             [where, level](FILE *stream) { TLT_PrintMessage(stream, where, level, "text"); });
     };
     EXPECT_EQ(print(nullptr, TLT_LEVEL_OK), "OK : text\n\n");
@@ -160,17 +148,6 @@ TEST_F(Messages, ManyOnOneStatementStayInOrder)
     const std::string all = stored();
     EXPECT_EQ(all.size(), 100000U * 3 + 6);
     EXPECT_EQ(all.substr(all.size() - 6), "3last;");
-}
-
-TEST_F(Messages, PlacesCanBeSet)
-{
-    EXPECT_STREQ(TLT_StatementModuleName(statement), "s.tl");
-    EXPECT_EQ(TLT_StatementSourceLineNumber(statement), 7);
-    EXPECT_EQ(TLT_StatementLineNumber(statement), 20);
-    TLT_SetStatementSourceLineNumber(statement, 8);
-    TLT_SetStatementLineNumber(statement, 21);
-    EXPECT_EQ(TLT_StatementSourceLineNumber(statement), 8);
-    EXPECT_EQ(TLT_StatementLineNumber(statement), 21);
 }
 
 } // namespace

@@ -1,4 +1,6 @@
 // What pkob prints of a module, and what it says of anything else.
+#include "scratch_folder.h"
+#include "written.h"
 #include <ostrum.h>
 
 #include <gtest/gtest.h>
@@ -14,7 +16,6 @@
 namespace
 {
 
-namespace fs = std::filesystem;
 using nlohmann::json;
 
 /*
@@ -36,29 +37,23 @@ const uint8_t image[] = {
     0xDE, 0xAD, 0xBE, 0xEF, 67,   0,    // 30 M.DATA
 };
 
-class ModuleLister : public testing::Test
+class ModuleLister : public ScratchFolder
 {
 protected:
-    fs::path folder;
-    std::string file;
     std::string out;
     std::string err;
 
     ModuleLister()
     {
-        std::string pattern = (fs::temp_directory_path() / "pkobXXXXXX").string();
-        folder = mkdtemp(pattern.data());
-        file = (folder / "m.kob").string();
         setenv("SOURCE_DATE_EPOCH", "951868800", 1);
         build();
     }
-    ~ModuleLister() override { fs::remove_all(folder); }
 
     void build() const
     {
         KOB_MODULE *module = nullptr;
         KOBD_FRAME *frame = nullptr;
-        ASSERT_EQ(0, KOB_NewNameModule(&module, file.c_str(), 0, "1.0", "M"));
+        ASSERT_EQ(0, KOB_NewNameModule(&module, "m.kob", 0, "1.0", "M"));
         KOB_SetStaticSize(module, 12);
         KOB_Code(module, image, sizeof image);
         KOB_StaticData(module, 0x0C);
@@ -80,20 +75,12 @@ protected:
         ASSERT_EQ(0, KOB_CloseModule(module, 5, 1));
     }
 
-    static std::string read(const fs::path &path)
-    {
-        std::ifstream in(path, std::ios::binary);
-        return std::string(std::istreambuf_iterator<char>(in), {});
-    }
-
     /** Runs pkob in the module's folder; the result is its status. */
     int run(const std::string &arguments)
     {
-        std::string command =
-            "cd " + folder.string() + " && " OSTRUM_PKOB " " + arguments + " >out 2>err";
-        int status = system(command.c_str());
-        out = read(folder / "out");
-        err = read(folder / "err");
+        const int status = system((OSTRUM_PKOB " " + arguments + " >out 2>err").c_str());
+        out = content_of("out");
+        err = content_of("err");
         return WEXITSTATUS(status);
     }
     void expect_line(const char *line) const
@@ -118,7 +105,7 @@ TEST_F(ModuleLister, OverviewFitsAScreen)
 TEST_F(ModuleLister, OverviewCountsUnknownClassesTogether)
 {
     KOB_MODULE *module = nullptr;
-    ASSERT_EQ(0, KOB_NewModule(&module, file.c_str(), 0, "1.0", 0));
+    ASSERT_EQ(0, KOB_NewModule(&module, "m.kob", 0, "1.0", 0));
     for (int32_t i = 0; i < 200; i++)
         KOB_Symbol(module, KOB_CLASS_COUNT + i, "A", "CODE", 0);
     for (int32_t i = 0; i < 200; i++)
@@ -217,7 +204,7 @@ TEST_F(ModuleLister, WrongUsageGivesAHint)
 
 TEST_F(ModuleLister, WhatIsNoModuleGetsOneLine)
 {
-    std::string good = read(file);
+    std::string good = content_of("m.kob");
     const struct {
         std::string bytes;
         const char *message;
@@ -230,7 +217,7 @@ TEST_F(ModuleLister, WhatIsNoModuleGetsOneLine)
         { good.substr(0, good.size() - 1), "The module is damaged" },
     };
     for (const auto &row : rows) {
-        std::ofstream(folder / "bad.kob", std::ios::binary) << row.bytes;
+        write("bad.kob", row.bytes);
         EXPECT_EQ(1, run("--json -a bad.kob")) << row.message;
         EXPECT_EQ("", out);
         EXPECT_EQ("pkob: bad.kob: " + std::string(row.message) + "\n", err);
@@ -242,7 +229,7 @@ TEST_F(ModuleLister, WhatIsNoModuleGetsOneLine)
 
 TEST_F(ModuleLister, AnyCodeIsListed)
 {
-    std::string good = read(file);
+    std::string good = content_of("m.kob");
     uint32_t state = 99;
     for (int round = 0; round < 10; round++) {
         std::string bytes = good;
@@ -250,7 +237,7 @@ TEST_F(ModuleLister, AnyCodeIsListed)
             state = state * 1664525 + 1013904223;
             bytes[i] = (char)(state >> 24);
         }
-        std::ofstream(folder / "any.kob", std::ios::binary) << bytes;
+        write("any.kob", bytes);
         ASSERT_EQ(0, run("--json any.kob")) << err;
         EXPECT_TRUE(json::accept(out)) << out;
         ASSERT_EQ(0, run("-a -x any.kob")) << err;

@@ -1,4 +1,5 @@
 // Module handles: names, types, order of symbols, files made, read back and deleted.
+#include "scratch_folder.h"
 #include <ostrum.h>
 
 #include <gtest/gtest.h>
@@ -6,7 +7,6 @@
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <vector>
 
@@ -15,27 +15,19 @@ namespace
 
 namespace fs = std::filesystem;
 
-class ModuleSymbols : public testing::Test
+class ModuleSymbols : public ScratchFolder
 {
 protected:
-    fs::path folder;
     KOB_MODULE *module = nullptr;
 
-    ModuleSymbols()
-    {
-        std::string pattern = (fs::temp_directory_path() / "kobXXXXXX").string();
-        folder = mkdtemp(pattern.data());
-        setenv("SOURCE_DATE_EPOCH", "1000000", 1);
-    }
+    ModuleSymbols() { setenv("SOURCE_DATE_EPOCH", "1000000", 1); }
     ~ModuleSymbols() override
     {
         if (module != nullptr) KOB_CloseModule(module, 0, 1);
-        fs::remove_all(folder);
     }
-    std::string path(const char *name) const { return (folder / name).string(); }
     void make(const char *name = "m.kob")
     {
-        ASSERT_EQ(0, KOB_NewNameModule(&module, path(name).c_str(), 0, "1.0", "MAIN"));
+        ASSERT_EQ(0, KOB_NewNameModule(&module, name, 0, "1.0", "MAIN"));
     }
     int32_t close(uint32_t flags = 0)
     {
@@ -46,7 +38,7 @@ protected:
     void reopen(const char *name = "m.kob")
     {
         ASSERT_EQ(0, close());
-        ASSERT_EQ(0, KOB_OpenModule(&module, path(name).c_str()));
+        ASSERT_EQ(0, KOB_OpenModule(&module, name));
     }
 };
 
@@ -109,7 +101,7 @@ TEST_F(ModuleSymbols, WhatIsWrittenIsReadBack)
     EXPECT_EQ(44, KOB_StaticSize(module));
     EXPECT_EQ(4, KOB_StaticOffsetSize(module));
     EXPECT_EQ(6, KOB_CodeSize(module));
-    EXPECT_EQ((int32_t)fs::file_size(path("m.kob")), KOB_ModuleSize(module));
+    EXPECT_EQ((int32_t)fs::file_size("m.kob"), KOB_ModuleSize(module));
     EXPECT_STREQ("main.tl", KOB_GetSourceFile(module, "MAIN"));
     EXPECT_EQ(nullptr, KOB_GetSourceFile(module, "OTHER"));
     EXPECT_STREQ("Norway of the fjords", KOB_Country(module));
@@ -164,13 +156,13 @@ TEST_F(ModuleSymbols, AreasThatTouchBecomeOne)
 TEST_F(ModuleSymbols, FileIsMadeWrittenAndDeleted)
 {
     make("plain");
-    EXPECT_EQ(0u, fs::file_size(path("plain.kob"))); // empty until it is closed
+    EXPECT_EQ(0u, fs::file_size("plain.kob")); // empty until it is closed
     EXPECT_EQ(0, close());
-    EXPECT_LT(162u, fs::file_size(path("plain.kob")));
+    EXPECT_LT(162u, fs::file_size("plain.kob"));
     make("m.out");
     EXPECT_EQ(0, close(0x002));
-    EXPECT_FALSE(fs::exists(path("m.out")));
-    EXPECT_EQ(7, KOB_NewModule(&module, path("none/m.kob").c_str(), 0, "1", 1));
+    EXPECT_FALSE(fs::exists("m.out"));
+    EXPECT_EQ(7, KOB_NewModule(&module, "none/m.kob", 0, "1", 1));
     EXPECT_EQ(7, KOB_NewModule(&module, std::string(120, 'a').c_str(), 0, "1", 1));
     EXPECT_EQ(nullptr, module);
 }
@@ -178,11 +170,11 @@ TEST_F(ModuleSymbols, FileIsMadeWrittenAndDeleted)
 TEST_F(ModuleSymbols, StartSymbolIsOptionalAndCut)
 {
     std::string name(40, 'n');
-    ASSERT_EQ(0, KOB_NewModule(&module, path(name.c_str()).c_str(), 1, "1", 0));
+    ASSERT_EQ(0, KOB_NewModule(&module, name.c_str(), 1, "1", 0));
     EXPECT_TRUE(all_symbols(module).empty());
     EXPECT_EQ(0, close());
-    EXPECT_TRUE(fs::exists(path((name + ".kob").c_str()))); // the file's name is not cut
-    ASSERT_EQ(0, KOB_NewModule(&module, path(name.c_str()).c_str(), 1, "1", 1));
+    EXPECT_TRUE(fs::exists(name + ".kob")); // the file's name is not cut
+    ASSERT_EQ(0, KOB_NewModule(&module, name.c_str(), 1, "1", 1));
     EXPECT_STREQ(std::string(31, 'n').c_str(), KOB_Name(module));
     EXPECT_EQ("$" + std::string(30, 'n') + ":GLOBAL:START:0", all_symbols(module).at(0));
 }
@@ -191,18 +183,18 @@ TEST_F(ModuleSymbols, ModuleIsFoundByExtensionAndSearch)
 {
     make();
     ASSERT_EQ(0, close());
-    EXPECT_EQ(0, KOB_OpenModule(&module, path("m").c_str()));
+    EXPECT_EQ(0, KOB_OpenModule(&module, "m"));
     close();
-    EXPECT_EQ(0, KOB_OpenModule(&module, path("m.tl").c_str()));
+    EXPECT_EQ(0, KOB_OpenModule(&module, "m.tl"));
     close();
     EXPECT_EQ(7, KOB_OpenModule(&module, "elsewhere/m"));
     setenv("KobInclude", folder.c_str(), 1);
     EXPECT_EQ(0, KOB_OpenModule(&module, "elsewhere/m"));
     close();
-    std::ofstream(path("text.kob")) << std::string(500, 'x');
-    EXPECT_EQ(7, KOB_OpenModule(&module, path("text.kob").c_str()));
-    std::ofstream(path("empty.kob"));
-    EXPECT_EQ(7, KOB_OpenModule(&module, path("empty.kob").c_str()));
+    std::ofstream("text.kob") << std::string(500, 'x');
+    EXPECT_EQ(7, KOB_OpenModule(&module, "text.kob"));
+    std::ofstream("empty.kob");
+    EXPECT_EQ(7, KOB_OpenModule(&module, "empty.kob"));
     EXPECT_EQ(7, KOB_OpenModule(&module, folder.c_str()));
     EXPECT_EQ(nullptr, module);
 }
@@ -260,7 +252,7 @@ TEST_F(ModuleSymbols, TablesAnswerAlsoOutsideTheirRange)
                   { 16, "<UNKNOWN TOOL>" },
                   { -1, "<UNKNOWN TOOL>" } };
     for (const auto &row : tools) {
-        ASSERT_EQ(0, KOB_NewModule(&module, path("t").c_str(), row.tool, "1", 0));
+        ASSERT_EQ(0, KOB_NewModule(&module, "t", row.tool, "1", 0));
         EXPECT_STREQ(row.name, KOB_ToolName(module)) << row.tool;
         close();
     }

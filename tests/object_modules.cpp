@@ -7,13 +7,14 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <ostrum.h>
 #include <string>
 #include <unistd.h>
 #include <vector>
 
+#include "module_contents.h"
 #include "program.h"
+#include "written.h"
 
 namespace
 {
@@ -30,44 +31,6 @@ Texts messages;
 void keep_message(TLT_STATEMENT *, int32_t level, const char *text)
 {
     if (level > 1) messages.push_back(text);
-}
-
-int32_t keep_symbol(void *context, KOB_SYMBOL *symbol, const char *name)
-{
-    static_cast<Texts *>(context)->push_back(std::to_string(KOB_SymbolClass(symbol)) + " " + name +
-                                             " " + KOB_SymbolType(symbol) + " " +
-                                             std::to_string(KOB_SymbolValue(symbol)));
-    return 1;
-}
-
-int32_t keep_offset(void *context, int32_t offset)
-{
-    static_cast<Bytes *>(context)->push_back(offset);
-    return 1;
-}
-
-int32_t keep_entry(void *context, const char *name, KOBD_ENTRY *entry)
-{
-    static_cast<Texts *>(context)->push_back(
-        std::string("  ") + name + " " + KOBD_EntryType(entry) + " " +
-        std::to_string(KOBD_EntryFlags(entry)) + " " + std::to_string(KOBD_EntryDimension(entry)) +
-        " " + std::to_string(KOBD_EntryOffset(entry)));
-    return 1;
-}
-
-int32_t keep_frame(void *context, const char *name, KOBD_FRAME *frame)
-{
-    static_cast<Texts *>(context)->push_back(
-        std::string(name) + " " + KOBD_ClassName(KOBD_FrameClass(frame)) + " " +
-        std::to_string(KOBD_FrameSize(frame)) + " " + std::to_string(KOBD_FrameLineNumber(frame)));
-    KOBD_AllEntries(frame, keep_entry, context);
-    return 1;
-}
-
-int32_t parse(void *context, const char *, TLP_SECTION *section, int32_t)
-{
-    TLP_ParseSection(static_cast<TLP_MODULE *>(context), section);
-    return 1;
 }
 
 class ObjectModules : public testing::Test
@@ -105,7 +68,7 @@ protected:
         TLP_ReadModule2(nullptr, path(name + ".tl").c_str(), &module, stdout, 0, mode, nullptr,
                         nullptr);
         ASSERT_NE(module, nullptr);
-        if (mode == READ_SECTIONS) TLP_AllSections(module, parse, module);
+        if (mode == READ_SECTIONS) TLP_AllSections(module, whole_module::parse, module);
     }
 
     int32_t generate(const std::string &name, uint32_t flags = 0) const
@@ -114,48 +77,22 @@ protected:
     }
 
     /** Reads a module file back. */
-    void load(const std::string &name)
-    {
-        KOB_MODULE *object = nullptr;
-        ASSERT_EQ(KOB_OpenModule(&object, path(name + ".kob").c_str()), 0);
-        const uint8_t *bytes = KOB_CodeAddress(object);
-        code.assign(bytes, bytes + KOB_CodeSize(object));
-        module_flags = KOB_Flags(object);
-        static_size = KOB_StaticSize(object);
-        symbols.clear();
-        offsets.clear();
-        frames.clear();
-        KOB_AllSymbols(object, keep_symbol, &symbols);
-        KOB_AllStaticOffsets(object, keep_offset, &offsets);
-        KOBD_AllFrames(object, keep_frame, &frames);
-        KOB_CloseModule(object, 0, 1);
-    }
+    void load(const std::string &name) { made = contents_of(path(name + ".kob")); }
 
     void compile(const std::string &name, const std::string &source, uint32_t flags = 0,
                  int32_t mode = READ_SECTIONS)
     {
         ASSERT_NO_FATAL_FAILURE(read(name, source, mode));
         ASSERT_EQ(generate(name, flags), 0);
-        ASSERT_NO_FATAL_FAILURE(load(name));
+        load(name);
         TLP_SetModuleFlags(module, private_symbols);
         ASSERT_EQ(generate("verified", flags), 0);
         program::expect_sound(path("verified.kob"));
     }
 
-    std::string file(const std::string &name) const
-    {
-        std::ifstream stream(path(name), std::ios::binary);
-        return std::string(std::istreambuf_iterator<char>(stream), {});
-    }
-
     TLP_MODULE *module = nullptr;
     std::string folder;
-    Bytes code;
-    Bytes offsets;
-    Texts symbols;
-    Texts frames;
-    uint32_t module_flags = 0;
-    int32_t static_size = 0;
+    ModuleContents made;
 };
 
 const char *const add_source = "MODULE first\n"
@@ -170,17 +107,13 @@ TEST_F(ObjectModules, SmallFunction)
 {
     compile("first", add_source);
     EXPECT_EQ(messages, Texts());
-    EXPECT_EQ(code, Bytes({ 75, 0, 8, 0, 36, 4, 36, 48, 74, 80 }));
-    EXPECT_EQ(symbols, Texts({ "0 $FIRST START 0", "11 first.tl CODE 0", "0 FIRST.add CODE 0",
-                               "0 first.$CODE CODE 0" }));
-    EXPECT_EQ(module_flags, 0u);
-    EXPECT_EQ(frames, Texts());
-}
-
-TEST_F(ObjectModules, LinesAreThoseOfTheSource)
-{
+    EXPECT_EQ(made.code, Bytes({ 75, 0, 8, 0, 36, 4, 36, 48, 74, 80 }));
+    EXPECT_EQ(made.symbols, Texts({ "0 $FIRST START 0", "11 first.tl CODE 0", "0 FIRST.add CODE 0",
+                                    "0 first.$CODE CODE 0" }));
+    EXPECT_EQ(made.flags, 0u);
+    EXPECT_EQ(made.frames, Texts());
     compile("first", add_source, FLAG_LINES);
-    EXPECT_EQ(code, Bytes({ 75, 0, 8, 82, 0, 6, 0, 36, 4, 36, 48, 74, 82, 0, 7, 80 }));
+    EXPECT_EQ(made.code, Bytes({ 75, 0, 8, 82, 0, 6, 0, 36, 4, 36, 48, 74, 82, 0, 7, 80 }));
 }
 
 TEST_F(ObjectModules, DataAndCodeInOneImage)
@@ -212,17 +145,17 @@ TEST_F(ObjectModules, DataAndCodeInOneImage)
         40, 0xff, 0xff, 0xff, 0xe0, 42,   74,                                // RETURN
         80, 0,                                                               // END, spare byte
     };
-    EXPECT_EQ(code, expected);
-    EXPECT_EQ(offsets, Bytes({ 42 }));
-    EXPECT_EQ(static_size, 8);
-    EXPECT_EQ(module_flags, 0x100u);
+    EXPECT_EQ(made.code, expected);
+    EXPECT_EQ(made.static_offsets, Bytes({ 42 }));
+    EXPECT_EQ(made.static_size, 8);
+    EXPECT_EQ(made.flags, 0x100u);
     const Texts expected_symbols = {
         "0 $PARTS START 0",           "11 parts.tl CODE 0",      "13 PARTS.beep SYSCALL_DEF 5",
         "0 PARTS.TABLE INT 0",        "0 PARTS.pick CODE 20",    "0 PARTS.CONSTANTS CONSTANTS 0",
         "0 parts.$CODE CODE 20",      "5 PARTS.LIMIT INT 70000", "7 PARTS.$NONVOLSTART CODE 16",
         "8 PARTS.$NONVOLEND CODE 20",
     };
-    EXPECT_EQ(symbols, expected_symbols);
+    EXPECT_EQ(made.symbols, expected_symbols);
 }
 
 TEST_F(ObjectModules, ReferencesInsideAndOutside)
@@ -251,11 +184,11 @@ TEST_F(ObjectModules, ReferencesInsideAndOutside)
         72,  40,  0xff, 0xff, 0xff, 0xf2, 73, 0, 0, 0, 0, 78,        // help
         72,  40,  0xff, 0xff, 0xff, 0xe6, 73, 0, 0, 0, 0, 78, 0, 74, // help again, END
     };
-    EXPECT_EQ(code, expected);
-    EXPECT_EQ(symbols, Texts({ "0 $CALLS START 0", "11 calls.tl CODE 0", "0 CALLS.run CODE 5",
-                               "1 TOOLS.help CODE 19", "1 TOOLS.help CODE 31",
-                               "0 CALLS.STRINGS STRINGS 0", "0 calls.$CODE CODE 3" }));
-    EXPECT_EQ(module_flags, 0x10u);
+    EXPECT_EQ(made.code, expected);
+    EXPECT_EQ(made.symbols, Texts({ "0 $CALLS START 0", "11 calls.tl CODE 0", "0 CALLS.run CODE 5",
+                                    "1 TOOLS.help CODE 19", "1 TOOLS.help CODE 31",
+                                    "0 CALLS.STRINGS STRINGS 0", "0 calls.$CODE CODE 3" }));
+    EXPECT_EQ(made.flags, 0x10u);
 }
 
 TEST_F(ObjectModules, NestedFunctionsComeFirst)
@@ -277,9 +210,9 @@ TEST_F(ObjectModules, NestedFunctionsComeFirst)
         120, 0, 0, 0,  9,  0,    36,   121,  74,   80, // inner, in the frame of outer
         75,  0, 4, 72, 73, 0xff, 0xff, 0xff, 0xf1, 74, 80, 0,
     };
-    EXPECT_EQ(code, expected);
-    EXPECT_EQ(frames, Texts({ "NEST.$STATICS STATIC DATA 0 0", "NEST.inner FUNCTION 0 4",
-                              "NEST.outer FUNCTION 4 3", "  a INT 0 1 0" }));
+    EXPECT_EQ(made.code, expected);
+    EXPECT_EQ(made.frames, Texts({ "NEST.$STATICS STATIC DATA 0 0", "NEST.inner FUNCTION 0 4",
+                                   "NEST.outer FUNCTION 4 3", "  a INT 0 1 0" }));
 }
 
 TEST_F(ObjectModules, DebugFrames)
@@ -319,8 +252,8 @@ TEST_F(ObjectModules, DebugFrames)
         "  e FRAMES.COLOUR 104 1 4",
         "  mine FRAMES.PAIR 105 1 8",
     };
-    EXPECT_EQ(frames, expected);
-    EXPECT_EQ(module_flags, 4u);
+    EXPECT_EQ(made.frames, expected);
+    EXPECT_EQ(made.flags, 4u);
 }
 
 TEST_F(ObjectModules, RecordsThatPointAtOneAnotherToAnyDepth)
@@ -336,17 +269,17 @@ TEST_F(ObjectModules, RecordsThatPointAtOneAnotherToAnyDepth)
     source += "PRIVATE\nVAR R" + std::to_string(depth) + " top\n";
     compile("chain", source, FLAG_DEBUG);
     EXPECT_EQ(messages, Texts());
-    ASSERT_EQ(frames.size(), size_t{ 2 } + 2 * (depth + 1));
-    EXPECT_EQ(frames[2], "CHAIN.R5000 RECORD 4 10002");
-    EXPECT_EQ(frames.back(), "  x INT 0 1 0");
+    ASSERT_EQ(made.frames.size(), size_t{ 2 } + 2 * (depth + 1));
+    EXPECT_EQ(made.frames[2], "CHAIN.R5000 RECORD 4 10002");
+    EXPECT_EQ(made.frames.back(), "  x INT 0 1 0");
 }
 
 TEST_F(ObjectModules, SameSourceSameBytes)
 {
     compile("first", add_source, FLAG_DEBUG);
-    const std::string once = file("first.kob");
+    const std::string once = content_of(path("first.kob"));
     ASSERT_EQ(generate("again", FLAG_DEBUG), 0);
-    std::string again = file("again.kob");
+    std::string again = content_of(path("again.kob"));
     ASSERT_EQ(again.size(), once.size());
     again.replace(8, 5, "first"); // the header holds the file's own name
     EXPECT_EQ(again, once);
@@ -367,8 +300,9 @@ TEST_F(ObjectModules, PrivateSymbolsOnRequest)
     TLP_SetModuleFlags(module, 4);
     ASSERT_EQ(generate("hidden"), 0);
     load("hidden");
-    EXPECT_EQ(symbols, Texts({ "0 $HIDDEN START 0", "11 hidden.tl CODE 0", "3 HIDDEN.sub CODE 0",
-                               "4 HIDDEN.go CODE 2", "0 hidden.$CODE CODE 0" }));
+    EXPECT_EQ(made.symbols,
+              Texts({ "0 $HIDDEN START 0", "11 hidden.tl CODE 0", "3 HIDDEN.sub CODE 0",
+                      "4 HIDDEN.go CODE 2", "0 hidden.$CODE CODE 0" }));
 }
 
 TEST_F(ObjectModules, LibrariesOfSyscalls)
@@ -386,10 +320,10 @@ TEST_F(ObjectModules, LibrariesOfSyscalls)
                     "    LIB.far()\n"
                     "END\n");
     EXPECT_EQ(messages, Texts());
-    EXPECT_EQ(code, Bytes({ 72, 81, 3, 2, 78, 0, 74, 0 }));
-    EXPECT_EQ(symbols, Texts({ "0 $USER START 0", "11 user.tl CODE 0", "17 own DLL_NAME 0",
-                               "17 tester.dll DLL_NAME 3", "13 LIB.far SYSCALL_DEF 770",
-                               "0 user.$CODE CODE 0" }));
+    EXPECT_EQ(made.code, Bytes({ 72, 81, 3, 2, 78, 0, 74, 0 }));
+    EXPECT_EQ(made.symbols, Texts({ "0 $USER START 0", "11 user.tl CODE 0", "17 own DLL_NAME 0",
+                                    "17 tester.dll DLL_NAME 3", "13 LIB.far SYSCALL_DEF 770",
+                                    "0 user.$CODE CODE 0" }));
 }
 
 TEST_F(ObjectModules, WarningsAreNotedErrorsDeleteTheFile)
@@ -402,7 +336,7 @@ TEST_F(ObjectModules, WarningsAreNotedErrorsDeleteTheFile)
                       "    RETURN\n"
                       "END\n");
     EXPECT_EQ(messages, Texts({ "Unreachable code" }));
-    EXPECT_EQ(module_flags, 1u);
+    EXPECT_EQ(made.flags, 1u);
     TLT_Error(nullptr, "Late error");
     EXPECT_EQ(generate("warned"), 0);
     EXPECT_FALSE(std::filesystem::exists(path("warned.kob")));
@@ -447,7 +381,7 @@ TEST_F(ObjectModules, BlockMetTwiceIsGeneratedOnce)
     TLT_ResetCounters();
     ASSERT_EQ(generate("twice"), 0);
     load("twice");
-    EXPECT_EQ(code, Bytes({ 1, 74, 80, 0 }));
+    EXPECT_EQ(made.code, Bytes({ 1, 74, 80, 0 }));
 }
 
 TEST_F(ObjectModules, FrameSizes)
@@ -455,9 +389,9 @@ TEST_F(ObjectModules, FrameSizes)
     const std::string head = "MODULE wide\nPRIVATE\nFUNCTION VOID f()\nVAR CHAR c[";
     compile("wide", head + "65534]\nBEGIN\nEND\n", FLAG_DEBUG);
     EXPECT_EQ(messages, Texts());
-    EXPECT_EQ(code, Bytes({ 75, 0xff, 0xfe, 0, 74, 0 }));
-    EXPECT_EQ(frames, Texts({ "WIDE.$STATICS STATIC DATA 0 0", "WIDE.f FUNCTION 32767 3",
-                              "  c CHAR 100 32767 0" }));
+    EXPECT_EQ(made.code, Bytes({ 75, 0xff, 0xfe, 0, 74, 0 }));
+    EXPECT_EQ(made.frames, Texts({ "WIDE.$STATICS STATIC DATA 0 0", "WIDE.f FUNCTION 32767 3",
+                                   "  c CHAR 100 32767 0" }));
     ASSERT_NO_FATAL_FAILURE(read("wide", head + "65535]\nBEGIN\nEND\n"));
     EXPECT_EQ(generate("wide"), 0);
     EXPECT_EQ(messages, Texts({ "Frame too large" }));

@@ -3,6 +3,8 @@
  */
 #include "core/sh.h"
 #include "host/host.h"
+#include "scratch_folder.h"
+#include "written.h"
 
 #include <clocale>
 #include <cstdlib>
@@ -27,38 +29,24 @@ namespace fs = std::filesystem;
 
 constexpr const char *suite_key = "Software\\Halvorn\\Quill";
 
-class Settings : public testing::Test
+class Settings : public ScratchFolder
 {
 protected:
-    void SetUp() override
+    Settings()
     {
-        char name[] = "/tmp/ostrum-settings-XXXXXX";
-        ASSERT_NE(mkdtemp(name), nullptr);
-        fs::current_path(name);
-        setenv("OSTRUM_SETTINGS", (std::string(name) + "/new/folder/user").c_str(), 1);
-        setenv("OSTRUM_DEFAULT_SETTINGS", (std::string(name) + "/default").c_str(), 1);
+        setenv("OSTRUM_SETTINGS", (folder / "new/folder/user").c_str(), 1);
+        setenv("OSTRUM_DEFAULT_SETTINGS", (folder / "default").c_str(), 1);
         unsetenv("Sym");
     }
-
-    void TearDown() override
-    {
-        QUILLREG_CleanUp();
-        const fs::path folder = fs::current_path();
-        fs::current_path("/");
-        fs::remove_all(folder);
-    }
+    ~Settings() override { QUILLREG_CleanUp(); }
 
     void write_user(const std::string &content)
     {
         fs::create_directories("new/folder");
-        std::ofstream("new/folder/user", std::ios::binary) << content;
+        write("new/folder/user", content);
     }
 
-    std::string user()
-    {
-        std::ifstream stream("new/folder/user", std::ios::binary);
-        return { std::istreambuf_iterator<char>(stream), {} };
-    }
+    std::string user() { return content_of("new/folder/user"); }
 };
 
 const char *hook(void *user, const char *symbol)

@@ -3,24 +3,19 @@
 #pragma once
 
 #include "frontend/tlp.h"
+#include "scratch_folder.h"
 
-#include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <ostrum/tlt.h>
 #include <string>
-#include <unistd.h>
 
 inline std::string folder_messages;
 
-class SourceFolder : public testing::Test
+class SourceFolder : public ScratchFolder
 {
 protected:
-    void SetUp() override
+    SourceFolder()
     {
-        path = std::filesystem::temp_directory_path() / ("ostrum-" + std::to_string(getpid()));
-        std::filesystem::create_directories(path);
-        std::filesystem::current_path(path);
         unsetenv("TollInclude");
         TLP_Initialise();
         folder_messages.clear();
@@ -30,17 +25,10 @@ protected:
         });
     }
 
-    void TearDown() override
+    ~SourceFolder() override
     {
         TLP_DelModule(module);
         TLT_DefaultMessageHandler(nullptr);
-        std::filesystem::current_path("/");
-        std::filesystem::remove_all(path);
-    }
-
-    static void write(const std::string &name, const std::string &text)
-    {
-        std::ofstream(name, std::ios::binary) << text;
     }
 
     // Reads a file into the test's module, in place of the one before.
@@ -93,6 +81,5 @@ protected:
         return joined;
     }
 
-    std::filesystem::path path;
     TLP_MODULE *module = nullptr;
 };

@@ -4,6 +4,7 @@
 #include "core/ist.h"
 #include "core/sh.h"
 #include "core/st.h"
+#include "tests/written.h"
 
 #include <climits>
 #include <cstring>
@@ -215,16 +216,9 @@ TEST(Strings, FloatsFromText)
     }
 }
 
-std::string written(const char *text)
+std::string quoted(const char *text)
 {
-    FILE *stream = std::tmpfile();
-    ST_PutString(stream, text);
-    std::rewind(stream);
-    std::string content;
-    for (int c = std::getc(stream); c != EOF; c = std::getc(stream))
-        content += static_cast<char>(c);
-    std::fclose(stream);
-    return content;
+    return written([=](FILE *stream) { ST_PutString(stream, text); });
 }
 
 /** What ST_GetString makes of a stream: its result, the text, and what is left on the stream. */
@@ -243,10 +237,10 @@ std::string read_back(const std::string &content, int32_t size)
 
 TEST(Strings, QuotedForm)
 {
-    EXPECT_EQ(written("a\b\t\n\f\r\"\\\x01\x10\xFF"),
+    EXPECT_EQ(quoted("a\b\t\n\f\r\"\\\x01\x10\xFF"),
               "\"a\\b\\t\\n\n\\f\\r\n\\\"\\\\\\01\x10\\0377\"");
     const char *all = "x\n\r\t\"\\\b\f\x01y\xFF\x80";
-    EXPECT_EQ(read_back(written(all), 64), std::string("1|") + all + "|");
+    EXPECT_EQ(read_back(quoted(all), 64), std::string("1|") + all + "|");
 }
 
 TEST(Strings, QuotedFormReadBack)

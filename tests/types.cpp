@@ -5,6 +5,7 @@
 #include "frontend/tlt.h"
 #include "names/tlic.h"
 #include "names/tliv.h"
+#include "tests/written.h"
 
 #include <gtest/gtest.h>
 
@@ -20,14 +21,7 @@ static void keep_message(TLT_STATEMENT *, int32_t level, const char *text)
 
 static std::string printed(TLI_IDENTIFIER *identifier)
 {
-    FILE *stream = tmpfile();
-    TLI_PrintIdentifier(stream, identifier, nullptr);
-    rewind(stream);
-    std::string text;
-    for (int c = fgetc(stream); c != EOF; c = fgetc(stream))
-        text += (char)c;
-    fclose(stream);
-    return text;
+    return written([=](FILE *stream) { TLI_PrintIdentifier(stream, identifier, nullptr); });
 }
 
 class Types : public testing::Test
@@ -301,16 +295,6 @@ TEST_F(Types, AnElementTypeHasOneArrayType)
     EXPECT_EQ(TLI_FindScopeIdentifier(globals, name.c_str()), long_type);
 }
 
-TEST_F(Types, BuiltInFunctions)
-{
-    static const int record = 0;
-    TLI_IDENTIFIER *function = TLIT_BuiltInFunction("test_function", &record);
-    EXPECT_EQ(TLIT_BifClass(function), &record);
-    EXPECT_EQ(TLIT_FindType(nullptr, "test_function"), function);
-    EXPECT_EQ(TLI_IdentifierClass(function), TLI_BUILT_IN_FUNCTION);
-    EXPECT_EQ(TLIT_BuiltInFunction("test_function", &record), nullptr);
-}
-
 TEST_F(Types, Questions)
 {
     TLI_IDENTIFIER *message = TLIT_FindType(data_types, "MESSAGE");
@@ -395,17 +379,6 @@ TEST_F(Types, Matching)
         EXPECT_EQ(matches(row.b, row.a), row.as_value);
     }
     EXPECT_TRUE(messages.empty());
-}
-
-TEST_F(Types, AStringForAMessageIsWarnedOfOnce)
-{
-    TLI_IDENTIFIER *message = TLIT_FindType(data_types, "MESSAGE");
-    EXPECT_EQ(matches(message, message), 1);
-    EXPECT_TRUE(messages.empty());
-    EXPECT_EQ(matches(message, TLIT_StringType), 1);
-    EXPECT_EQ(matches(TLIT_StringType, message), 1);
-    EXPECT_EQ(messages, std::vector<std::string>{ "2 'STRING' coerced to a MESSAGE - further "
-                                                  "warnings in this category suppressed" });
 }
 
 TEST_F(Types, AFunctionMatchesAFunctionTypeByItsPrototype)
