@@ -206,19 +206,13 @@ TEST(Statements, Messages)
         { "FUNCTION VOID F()", "  A = 1\n  RETURN\n", "" },
         { "FUNCTION VOID F()", "A = 1\n", "" },
         { "FUNCTION VOID F()", "   A = 1\n\n   ; nothing\n   B = A\n", "" },
-        { "FUNCTION VOID F()", "   A = 1\n     A = 2\n", "7 3 New block in wrong place\n" },
         { "FUNCTION VOID F()", "    A = 1\n  A = 2\n", "7 3 New block in wrong place\n" },
-        { "FUNCTION VOID F()", "  RETURN\n  A = 1\n", "7 2 Unreachable code\n" },
         { "FUNCTION VOID F()", "RETURN\n", "7 2 Unreachable code\n" },
-        { "FUNCTION VOID F()", "  RETURN 1\n",
-          "6 3 Type mismatch - Expression should return VOID\n" },
-        { "FUNCTION INT F()", "  RETURN\n", "6 3 No value supplied with RETURN statement\n" },
         { "FUNCTION INT F()", "  RETURN 1V\n",
           "6 3 Type mismatch - Expression should return INT\n" },
         { "FUNCTION VOLTAGE F()", "  RETURN 1V\n", "" },
         { "FUNCTION INT F()", "  RETURN 'a'\n", "" },
         { "FUNCTION INT F()", "  RETURN 1 2\n", "6 3 Redundant expression\n" },
-        { "TREE VOID F()", "  A = 1\n", "6 3 Illegal in a TREE block\n" },
     };
     for (const auto &row : rows) {
         CompiledSource source(function(row.head, row.body));
@@ -287,32 +281,6 @@ TEST(Statements, LinesAreNoted)
 {
     CompiledSource source(function("FUNCTION VOID F()", "  A = 1\n"), TLC_FLAG_LINES);
     EXPECT_EQ(source.code("F"), "| ALLOC 8 | LINE 6 1 0 SLWP | LINE 7 0 RET ");
-}
-
-TEST(Statements, Text)
-{
-    CompiledSource source(function("FUNCTION INT F()", "   A = B\n   RETURN A\n"));
-    EXPECT_EQ(source.text("F", TLC_TARGET_C), "   A=B;\n   return A;\n");
-    EXPECT_EQ(source.text("F", TLC_TARGET_JAVA), "   A=B;\n   return A;\n");
-    CompiledSource bare(function("FUNCTION VOID F()", "   RETURN\n"));
-    EXPECT_EQ(bare.text("F", TLC_TARGET_C), "   return ;\n");
-}
-
-TEST(Statements, BlocksInBraces)
-{
-    CompiledSource source(function("FUNCTION VOID F()", "   A = B\n"));
-    char *buffer = nullptr;
-    size_t size = 0;
-    FILE *file = open_memstream(&buffer, &size);
-    TLC_STREAM *stream = TLC_NewCStream(file, source.module, 0);
-    TLS_BLOCK *root = TLIV_GetFunctionBlock(source.find("F"));
-    EXPECT_EQ(TLS_GetBlockSectionType(root), TLP_SECTION_FUNCTION);
-    EXPECT_EQ(TLS_BlockModule(root), source.module);
-    TLS_OneBlockCCode(stream, reinterpret_cast<TLS_FUNCTION *>(root->head)->body);
-    TLC_DelStream(stream);
-    std::fclose(file);
-    EXPECT_EQ(std::string(buffer, size), "{\n   A=B;\n}\n");
-    std::free(buffer);
 }
 
 TEST(Statements, Listing)

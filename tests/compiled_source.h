@@ -15,7 +15,15 @@
 #include "codegen/tlc.h"
 #include "program.h"
 #include "stmt/tls.h"
+#include "written.h"
 #include <ostrum.h>
+
+// Columns of an indent; tabs keep the line within what the scanner takes.
+inline std::string indent(int columns)
+{
+    return std::string(static_cast<size_t>(columns / 8), '\t') +
+           std::string(static_cast<size_t>(columns % 8), ' ');
+}
 
 class CompiledSource
 {
@@ -87,17 +95,12 @@ public:
     // Text of one function's statements for C (target 1) or Java (2).
     std::string text(const char *function, int32_t target) const
     {
-        char *buffer = nullptr;
-        size_t size = 0;
-        FILE *file = open_memstream(&buffer, &size);
-        TLC_STREAM *stream = target == TLC_TARGET_C ? TLC_NewCStream(file, module, flags)
-                                                    : TLC_NewJavaStream(file, module, flags);
-        generate_body(stream, function);
-        TLC_DelStream(stream);
-        std::fclose(file);
-        std::string result(buffer, size);
-        std::free(buffer);
-        return result;
+        return written([&](FILE *file) {
+            TLC_STREAM *stream = target == TLC_TARGET_C ? TLC_NewCStream(file, module, flags)
+                                                        : TLC_NewJavaStream(file, module, flags);
+            generate_body(stream, function);
+            TLC_DelStream(stream);
+        });
     }
 
     // Generates one function with its scope pushed, as the generators do.
@@ -243,3 +246,41 @@ private:
         return text;
     }
 };
+
+// What a source gives: its messages, or the code of F. FRAME puts a text into a whole source.
+struct SourceRow {
+    std::string source;
+    std::string expected;
+};
+
+using SourceRows = std::vector<SourceRow>;
+
+template <typename FRAME> void expect_messages(FRAME frame, const SourceRows &rows)
+{
+    for (const SourceRow &row : rows)
+        EXPECT_EQ(CompiledSource(frame(row.source)).messages, row.expected) << row.source;
+}
+
+template <typename FRAME> void expect_code(FRAME frame, const SourceRows &rows)
+{
+    for (const SourceRow &row : rows) {
+        CompiledSource source(frame(row.source));
+        EXPECT_EQ(source.code("F"), row.expected) << row.source << "\n" << source.messages;
+    }
+}
+
+template <typename FRAME> void expect_body(FRAME frame, const SourceRows &rows)
+{
+    for (const SourceRow &row : rows) {
+        CompiledSource source(frame(row.source));
+        EXPECT_EQ(source.body("F"), row.expected) << row.source << "\n" << source.messages;
+    }
+}
+
+template <typename FRAME> void expect_text(FRAME frame, int32_t target, const SourceRows &rows)
+{
+    for (const SourceRow &row : rows) {
+        CompiledSource source(frame(row.source));
+        EXPECT_EQ(source.text("F", target), row.expected) << row.source << "\n" << source.messages;
+    }
+}

@@ -10,9 +10,9 @@ namespace
 {
 
 // A function over A and B; its statements begin on line 6.
-std::string function(const std::string &body, const char *head = "FUNCTION VOID F()")
+std::string function(const std::string &body)
 {
-    return std::string("PRIVATE\n") + head + "\nVAR INT A, B\nBEGIN\n" + body + "END\n";
+    return "PRIVATE\nFUNCTION VOID F()\nVAR INT A, B\nBEGIN\n" + body + "END\n";
 }
 
 // An IF with further conditions, each with a statement of its own, and an ELSE.
@@ -22,13 +22,6 @@ std::string chain(int length)
     for (int i = 1; i < length; ++i)
         body += "  ELSEIF A == " + std::to_string(i) + "\n    B = 1\n";
     return body + "  ELSE\n    B = 2\n";
-}
-
-// Columns of an indent; tabs keep the line within what the scanner takes.
-std::string indent(int columns)
-{
-    return std::string(static_cast<size_t>(columns / 8), '\t') +
-           std::string(static_cast<size_t>(columns % 8), ' ');
 }
 
 std::string nest(int depth, const std::string &innermost)
@@ -49,109 +42,81 @@ TLS_STATEMENT *first_statement(const CompiledSource &source)
 
 TEST(Conditionals, Messages)
 {
-    struct {
-        const char *body;
-        const char *messages;
-    } static const rows[] = {
-        { "  IF A == 1\n    B = 1\n  ELSEIF A == 2\n    B = 2\n  ELSE\n    B = 3\n  B = 4\n", "" },
-        { "  ELSE\n", "6 3 Unmatched ELSE statement\n" },
-        { "  ELSEIF A == 1\n", "6 3 Unmatched ELSEIF statement\n" },
-        { "  IF A == 1\n    B = 1\n  B = 2\n  ELSE\n", "9 3 Unmatched ELSE statement\n" },
-        { "  IF A == 1\n    ELSE\n  B = 2\n",
-          "7 3 Unmatched ELSE statement\n6 2 Useless IF statement\n" },
-        { "  IF A == 1\n    B = 1\n  ELSE\n    B = 2\n  ELSE\n",
-          "10 3 Multiple ELSE statements\n" },
-        { "  IF A == 1\n    B = 1\n  ELSE\n  ELSEIF A == 2\n", "9 3 Multiple ELSEIF statements\n" },
-        { "  IF A == 1\n    B = 1\n  ELSEIF A == 2\n    B = 2\n  ELSE\n    B = 3\n  ELSE\n",
-          "12 3 Multiple ELSE statements\n" },
-        { "  IF A == 1\n    B = 1\n  ELSEIF A == 2\n    B = 2\n  ELSE\n  ELSEIF A == 3\n",
-          "11 3 Multiple ELSEIF statements\n" },
-        { "  IF A == 1\n  B = 1\n", "6 2 Useless IF statement\n" },
-        { "  IF A == 1\n  ELSE\n  B = 1\n", "6 2 Useless IF statement\n" },
-        { "  IF A == 1\n  ELSE\n    B = 1\n", "" },
-        { "  IF A == 1\n  ELSEIF A == 2\n  B = 1\n", "7 2 Useless IF statement\n" },
-        { "  IF A == 1\n    RETURN\n    B = 1\n  ELSEIF A == 2\n    RETURN\n    B = 2\n"
-          "  ELSE\n    RETURN\n    B = 3\n",
-          "8 2 Unreachable code\n11 2 Unreachable code\n14 2 Unreachable code\n" },
-        { "  IF A\n    B = 1\n", "6 3 Type mismatch - Expression should return BOOL\n" },
-        { "  IF A == 0\n    B = 1\n  ELSEIF 2\n    B = 1\n",
-          "8 3 Type mismatch - Expression should return BOOL\n" },
-        { "  WHEN 1V\n    B = 1\n", "6 3 Type mismatch - Expression should return INT\n" },
-        { "  RAISE 1V\n", "6 3 Type mismatch - Expression should return INT\n" },
-        { "  RAISE A, 1V\n", "6 3 Type mismatch - Expression should return INT\n" },
-        { "  RAISE A, B, 1\n", "6 3 Unexpected characters or keyword\n" },
-    };
-    for (const auto &row : rows) {
-        CompiledSource source(function(row.body));
-        EXPECT_EQ(source.messages, row.messages) << row.body;
-    }
+    expect_messages(
+        function,
+        {
+            { "  IF A == 1\n    B = 1\n  ELSEIF A == 2\n    B = 2\n  ELSE\n    B = 3\n  B = 4\n",
+              "" },
+            { "  IF A == 1\n    B = 1\n  B = 2\n  ELSE\n", "9 3 Unmatched ELSE statement\n" },
+            { "  IF A == 1\n    ELSE\n  B = 2\n",
+              "7 3 Unmatched ELSE statement\n6 2 Useless IF statement\n" },
+            { "  IF A == 1\n    B = 1\n  ELSEIF A == 2\n    B = 2\n  ELSE\n    B = 3\n  ELSE\n",
+              "12 3 Multiple ELSE statements\n" },
+            { "  IF A == 1\n  ELSE\n  B = 1\n", "6 2 Useless IF statement\n" },
+            { "  IF A == 1\n  ELSE\n    B = 1\n", "" },
+            { "  IF A == 1\n  ELSEIF A == 2\n  B = 1\n", "7 2 Useless IF statement\n" },
+            { "  IF A == 1\n    RETURN\n    B = 1\n  ELSEIF A == 2\n    RETURN\n    B = 2\n"
+              "  ELSE\n    RETURN\n    B = 3\n",
+              "8 2 Unreachable code\n11 2 Unreachable code\n14 2 Unreachable code\n" },
+            { "  IF A\n    B = 1\n", "6 3 Type mismatch - Expression should return BOOL\n" },
+            { "  RAISE A, B, 1\n", "6 3 Unexpected characters or keyword\n" },
+        });
 }
 
 TEST(Conditionals, WhatAHandlerTakes)
 {
     const std::string no_return = "3 RETURN not permitted from a WHEN block\n";
     const std::string no_end = "3 END_EXCEPTION can only be used in an exception handler block\n";
-    struct {
-        std::string body;
-        std::string messages;
-    } const rows[] = {
-        { "  WHEN 1\n    RETURN\n  ELSE\n    B = 1\n", "7 " + no_return },
-        { "  WHEN 1\n    IF A == 1\n      RETURN\n", "8 " + no_return },
-        { "  WHEN 1\n    IF A == 1\n      B = 1\n    ELSEIF A == 2\n      RETURN\n",
-          "10 " + no_return },
-        { "  WHEN 1\n    B = 1\n  ELSE\n    RETURN\n", "" },
-        { "  WHEN 1\n    B = 1\n  ELSEIF A == 1\n    RETURN\n  ELSEIF A == 2\n    RETURN\n", "" },
-        { "  WHEN 1\n    WHEN 2\n      B = 1\n    ELSE\n      RETURN\n", "" },
-        { "  WHEN 1\n    B = 1\n  ELSE\n    WHEN 2\n      RETURN\n", "10 " + no_return },
-        { "  WHEN 1\n    B = 1\n  RETURN\n", "" },
-        { "  WHEN 1\n    END_EXCEPTION\n", "" },
-        { "  WHEN 1\n    IF A == 1\n      END_EXCEPTION\n", "" },
-        { "  WHEN 1\n    B = 1\n  ELSE\n    END_EXCEPTION\n", "9 " + no_end },
-        { "  END_EXCEPTION\n", "6 " + no_end },
-        { "  IF A == 1\n    END_EXCEPTION\n  B = 1\n",
-          "7 " + no_end + "6 2 Useless IF statement\n" },
-    };
-    for (const auto &row : rows) {
-        CompiledSource source(function(row.body));
-        EXPECT_EQ(source.messages, row.messages) << row.body;
-    }
+    expect_messages(
+        function,
+        {
+            { "  WHEN 1\n    RETURN\n  ELSE\n    B = 1\n", "7 " + no_return },
+            { "  WHEN 1\n    IF A == 1\n      RETURN\n", "8 " + no_return },
+            { "  WHEN 1\n    IF A == 1\n      B = 1\n    ELSEIF A == 2\n      RETURN\n",
+              "10 " + no_return },
+            { "  WHEN 1\n    B = 1\n  ELSE\n    RETURN\n", "" },
+            { "  WHEN 1\n    B = 1\n  ELSEIF A == 1\n    RETURN\n  ELSEIF A == 2\n    RETURN\n",
+              "" },
+            { "  WHEN 1\n    WHEN 2\n      B = 1\n    ELSE\n      RETURN\n", "" },
+            { "  WHEN 1\n    B = 1\n  ELSE\n    WHEN 2\n      RETURN\n", "10 " + no_return },
+            { "  WHEN 1\n    B = 1\n  RETURN\n", "" },
+            { "  WHEN 1\n    END_EXCEPTION\n", "" },
+            { "  WHEN 1\n    IF A == 1\n      END_EXCEPTION\n", "" },
+            { "  WHEN 1\n    B = 1\n  ELSE\n    END_EXCEPTION\n", "9 " + no_end },
+            { "  END_EXCEPTION\n", "6 " + no_end },
+            { "  IF A == 1\n    END_EXCEPTION\n  B = 1\n",
+              "7 " + no_end + "6 2 Useless IF statement\n" },
+        });
 }
 
 // "|" opens a section; a jump names its target's number, counted from the head's section.
 TEST(Conditionals, Sections)
 {
-    struct {
-        const char *body;
-        const char *code;
-    } static const rows[] = {
-        { "  IF A == 1\n    B = 2\n", "| ALLOC 8 | 0 LLW 1 EQ | JZ ->6 | | 2 4 SLWP | | | 0 RET " },
-        { "  IF A == 1\n    B = 2\n  ELSE\n    B = 3\n",
-          "| ALLOC 8 | 0 LLW 1 EQ | JZ ->6 | | 2 4 SLWP | JUMP ->8 | | 3 4 SLWP | | 0 RET " },
-        { "  IF A == 1\n    B = 2\n  ELSEIF A == 2\n    B = 3\n  ELSE\n    B = 4\n",
-          "| ALLOC 8 | 0 LLW 1 EQ | JZ ->6 | | 2 4 SLWP | JUMP ->15 | | 0 LLW 2 EQ | JZ ->12 | | 3 "
-          "4 SLWP | JUMP ->14 | | 4 4 SLWP | | | 0 RET " },
-        // An IF that does not stand alone in its ELSE is no part of the chain.
-        { "  IF A == 1\n    B = 2\n  ELSE\n    IF A == 2\n      B = 3\n    B = 4\n",
-          "| ALLOC 8 | 0 LLW 1 EQ | JZ ->6 | | 2 4 SLWP | JUMP ->14 | | 0 LLW 2 EQ | JZ ->12 | "
-          "| 3 4 SLWP | | | 4 4 SLWP | | 0 RET " },
-        { "  WHEN 5\n    B = 2\n  ELSE\n    B = 3\n",
-          "| ALLOC 8 | 5 | EXCEPTION ->6 | | 2 4 SLWP | END_EXCEPTION 1 JUMP ->8 | | 3 4 SLWP | 5 "
-          "EXCEPTION ->9 | | 0 RET " },
-        { "  WHEN 5\n    B = 2\n", "| ALLOC 8 | 5 | EXCEPTION ->6 | | 2 4 SLWP | END_EXCEPTION 1 | "
-                                   "5 EXCEPTION ->7 | | 0 RET " },
-        { "  RAISE A\n", "| ALLOC 8 | 0 LLW 0 RAISE | 0 RET " },
-        { "  RAISE A, B\n", "| ALLOC 8 | 0 LLW 4 LLW RAISE | 0 RET " },
-        { "  WHEN 5\n    END_EXCEPTION\n", "| ALLOC 8 | 5 | EXCEPTION ->6 | | END_EXCEPTION 0 | "
-                                           "END_EXCEPTION 1 | 5 EXCEPTION ->7 | | 0 RET " },
-        { "  IF A\n    B = 1\n  B = 2\n", "| ALLOC 8 | 2 4 SLWP | 0 RET " },
-        { "  IF A == 1\n    B = 2\n  ELSEIF A\n    B = 3\n",
-          "| ALLOC 8 | 0 LLW 1 EQ | JZ ->6 | | 2 4 SLWP | JUMP ->7 | | | 0 RET " },
-        { "  RAISE 1V\n  RAISE A, 1V\n", "| ALLOC 8 | 0 RET " },
-    };
-    for (const auto &row : rows) {
-        CompiledSource source(function(row.body));
-        EXPECT_EQ(source.code("F"), row.code) << row.body;
-    }
+    expect_code(
+        function,
+        {
+            { "  IF A == 1\n    B = 2\n  ELSEIF A == 2\n    B = 3\n  ELSE\n    B = 4\n",
+              "| ALLOC 8 | 0 LLW 1 EQ | JZ ->6 | | 2 4 SLWP | JUMP ->15 | | 0 LLW 2 EQ | JZ ->12 | "
+              "| 3 "
+              "4 SLWP | JUMP ->14 | | 4 4 SLWP | | | 0 RET " },
+            // An IF that does not stand alone in its ELSE is no part of the chain.
+            { "  IF A == 1\n    B = 2\n  ELSE\n    IF A == 2\n      B = 3\n    B = 4\n",
+              "| ALLOC 8 | 0 LLW 1 EQ | JZ ->6 | | 2 4 SLWP | JUMP ->14 | | 0 LLW 2 EQ | JZ ->12 | "
+              "| 3 4 SLWP | | | 4 4 SLWP | | 0 RET " },
+            { "  WHEN 5\n    B = 2\n  ELSE\n    B = 3\n",
+              "| ALLOC 8 | 5 | EXCEPTION ->6 | | 2 4 SLWP | END_EXCEPTION 1 JUMP ->8 | | 3 4 SLWP "
+              "| 5 "
+              "EXCEPTION ->9 | | 0 RET " },
+            { "  RAISE A\n", "| ALLOC 8 | 0 LLW 0 RAISE | 0 RET " },
+            { "  RAISE A, B\n", "| ALLOC 8 | 0 LLW 4 LLW RAISE | 0 RET " },
+            { "  WHEN 5\n    END_EXCEPTION\n",
+              "| ALLOC 8 | 5 | EXCEPTION ->6 | | END_EXCEPTION 0 | "
+              "END_EXCEPTION 1 | 5 EXCEPTION ->7 | | 0 RET " },
+            { "  IF A\n    B = 1\n  B = 2\n", "| ALLOC 8 | 2 4 SLWP | 0 RET " },
+            { "  IF A == 1\n    B = 2\n  ELSEIF A\n    B = 3\n",
+              "| ALLOC 8 | 0 LLW 1 EQ | JZ ->6 | | 2 4 SLWP | JUMP ->7 | | | 0 RET " },
+            { "  RAISE 1V\n  RAISE A, 1V\n", "| ALLOC 8 | 0 RET " },
+        });
 }
 
 TEST(Conditionals, LongChain)

@@ -24,11 +24,6 @@ std::string code_of(const std::string &body)
 // The opening of the function and the end of it.
 const std::string head = "| ALLOC 4 ";
 
-std::string messages_of(const std::string &body)
-{
-    return CompiledSource(function(body)).messages;
-}
-
 } // namespace
 
 // Sections: 0 the head, 1 the selector, 2 the table, then the legs, and what stands behind them.
@@ -99,43 +94,30 @@ TEST(Switches, AreListed)
 
 TEST(Switches, Messages)
 {
-    struct ROW {
-        const char *body, *messages;
-    } const rows[] = {
-        { " SWITCH A\n CASE 0\n  A = 1\n CASE 254\n  A = 2\n", "" },
-        { " SWITCH A\n CASE 0\n  A = 1\n CASE 255\n  A = 2\n",
-          "7 3 Too many CASE values (implementation restriction)\n" },
-        { " SWITCH A\n CASE 0, 0x7FFFFFFF\n  A = 1\n",
-          "7 3 Too many CASE values (implementation restriction)\n" },
-        { " SWITCH A\n CASE 1, 1, 2\n  A = 1\n", "8 3 Multiple CASE value\n" },
-        { " SWITCH A\n CASE 1, 2\n  A = 1\n CASE 2, 1\n  A = 1\n",
-          "10 3 Multiple CASE value\n10 3 Multiple CASE value\n" },
-        { " SWITCH A\n CASE -1\n  A = 1\n CASE 1\n  A = 1\n",
-          "8 3 CASE values must be in range 0 and 0x7FFFFFFF\n" },
-        { " SWITCH A\n CASE A\n  A = 1\n", "8 3 Not a compile-time constant\n"
-                                           "8 3 CASE values must be in range 0 and 0x7FFFFFFF\n" },
-        { " SWITCH TEXT\n CASE \"x\"\n  A = 1\n",
-          "7 3 SWITCH condition must be INT or ENUM\n"
-          "8 3 CASE values must be in range 0 and 0x7FFFFFFF\n" },
-        { " SWITCH RED\n CASE GREEN\n  A = 1\n", "" },
-        { " SWITCH 5V\n CASE 1V\n  A = 1\n", "7 3 SWITCH condition must be INT or ENUM\n" },
-        { " SWITCH 'a'\n CASE 'b'\n  A = 1\n", "" },
-        { " SWITCH A\n A = 1\n", "7 3 No CASE values for SWITCH statement\n" },
-        { " SWITCH A\n DEFAULT\n  A = 1\n", "7 3 No CASE values for SWITCH statement\n" },
-        { " SWITCH A\n DEFAULT\n  RETURN\n  A = 1\n", "7 3 No CASE values for SWITCH statement\n" },
-        { " SWITCH\n CASE 1\n  A = 1\n",
-          "7 3 No expression for SWITCH or NODE\n7 3 Illegal type for SWITCH\n"
-          "8 3 CASE values must be in range 0 and 0x7FFFFFFF\n" },
-        { " SWITCH A\n CASE 1\n  A = 1\n A = 2\n CASE 2\n  A = 1\n DEFAULT\n",
-          "11 3 CASE not part of a SWITCH statement\n12 3 New block in wrong place\n"
-          "13 3 DEFAULT not part of a SWITCH statement\n" },
-        { " SWITCH A\n CASE 1\n  A = 1\n DEFAULT\n  A = 2\n DEFAULT\n  A = 3\n",
-          "12 3 SWITCH statement already has a DEFAULT\n13 3 New block in wrong place\n" },
-        // A leg behind the DEFAULT is a leg like any other, and the blocks are checked.
-        { " SWITCH A\n DEFAULT\n  RETURN\n  A = 2\n CASE 1\n  RETURN\n  A = 1\n",
-          "13 2 Unreachable code\n10 2 Unreachable code\n" },
-    };
-    for (const ROW &row : rows) {
-        EXPECT_EQ(messages_of(row.body), row.messages) << row.body;
-    }
+    expect_messages(
+        function,
+        {
+            { " SWITCH A\n CASE 0\n  A = 1\n CASE 254\n  A = 2\n", "" },
+            { " SWITCH A\n CASE 0, 0x7FFFFFFF\n  A = 1\n",
+              "7 3 Too many CASE values (implementation restriction)\n" },
+            { " SWITCH A\n CASE 1, 2\n  A = 1\n CASE 2, 1\n  A = 1\n",
+              "10 3 Multiple CASE value\n10 3 Multiple CASE value\n" },
+            { " SWITCH A\n CASE A\n  A = 1\n",
+              "8 3 Not a compile-time constant\n"
+              "8 3 CASE values must be in range 0 and 0x7FFFFFFF\n" },
+            { " SWITCH RED\n CASE GREEN\n  A = 1\n", "" },
+            { " SWITCH 'a'\n CASE 'b'\n  A = 1\n", "" },
+            { " SWITCH A\n A = 1\n", "7 3 No CASE values for SWITCH statement\n" },
+            { " SWITCH A\n DEFAULT\n  RETURN\n  A = 1\n",
+              "7 3 No CASE values for SWITCH statement\n" },
+            { " SWITCH\n CASE 1\n  A = 1\n",
+              "7 3 No expression for SWITCH or NODE\n7 3 Illegal type for SWITCH\n"
+              "8 3 CASE values must be in range 0 and 0x7FFFFFFF\n" },
+            { " SWITCH A\n CASE 1\n  A = 1\n A = 2\n CASE 2\n  A = 1\n DEFAULT\n",
+              "11 3 CASE not part of a SWITCH statement\n12 3 New block in wrong place\n"
+              "13 3 DEFAULT not part of a SWITCH statement\n" },
+            // A leg behind the DEFAULT is a leg like any other, and the blocks are checked.
+            { " SWITCH A\n DEFAULT\n  RETURN\n  A = 2\n CASE 1\n  RETURN\n  A = 1\n",
+              "13 2 Unreachable code\n10 2 Unreachable code\n" },
+        });
 }
