@@ -163,3 +163,16 @@ private:
         return shown;
     }
 };
+
+struct ExpressionRow {
+    const char *text;
+    const char *expected; // tree, type and messages
+};
+
+template <size_t count>
+void expect_expressions(const ExpressionRow (&rows)[count], int32_t use = TLE_USE_CONDITION)
+{
+    ExpressionSource source;
+    for (const ExpressionRow &row : rows)
+        EXPECT_EQ(source.parse(row.text, use), row.expected) << row.text;
+}

@@ -141,15 +141,12 @@ TEST(Scanner, NumbersHaveValueUnitsAndText)
         { "16777217mV", 16777216, 1, "16777217mV", "" },
         { "2147483648mV", INT32_MIN, 1, "2147483648mV", "Precision lost on this quantity" },
         { "1.5", 1, 0, "1.5", "Real numbers not supported" },
-        { "1.5 V", 1, 0, "1.5", "Real numbers not supported" },
-        { "12abc", 12, 0, "12abc", "Unrecognised units" },
         { "3v", 3, 0, "3v", "Unrecognised units" },
         { "3000kV", -1294967296, 1, "3000kV",
           "Constant out of range|Precision lost on this quantity" },
         { "'a'", 97, 0, "'a'", "" },
         { "'\\x4a'", 74, 0, "'J'", "" },
         { "'\xE4'", 0xE4, 0, "'\xE4'", "" },
-        { "'ab", 97, 0, "'a'", "Bad character constant" },
     };
     for (const NUMBER_CASE &row : cases) {
         SCOPED_TRACE(row.text);
