@@ -426,8 +426,21 @@ static Expression widened(Maker *maker, int depth)
     }
 }
 
+static Expression conversion(Maker *maker, Type type, int depth)
+{
+    const Type from = quantities[maker->random.below(std::size(quantities))];
+    const std::string rest = std::string("(%0, ") + one_of(maker, converters) + ")";
+    const bool is_text = type == Type::STRING;
+    Expression value =
+        with(is_text ? type : Type::QUANTITY, NAME, (is_text ? "cvts" : "cvt") + rest,
+             { make_expression(maker, from, depth) }, { LOGICAL_OR });
+    return is_text ? value : cast_to(type, std::move(value));
+}
+
 static Expression make_word(Maker *maker, int depth)
 {
+    if (maker->features.has_conversions && maker->random.chance(4))
+        return conversion(maker, Type::INT, depth);
     switch (maker->random.below(20)) {
     case 0:
         return signed_value(Type::INT, maker->random.chance(85) ? "-" : "+",
@@ -633,6 +646,8 @@ static Expression make_colour(Maker *maker, int depth)
 
 static Expression make_text(Maker *maker, int depth)
 {
+    if (maker->features.has_conversions && maker->random.chance(15))
+        return conversion(maker, Type::STRING, depth);
     switch (maker->random.below(5)) {
     case 0:
         return with(Type::STRING, SIGN,

@@ -103,6 +103,7 @@ struct Features {
     bool has_library = false;          // a second module
     bool has_inner = false;            // functions inside of functions, which are read in one go
     bool has_outer_variables = false;  // and these see the variables of the outer ones
+    bool has_conversions = false;      // cvt and cvts
 };
 
 // The program of a number; its names carry it.
@@ -113,6 +114,9 @@ struct Sources {
     std::string main;
     std::string library;
 };
+
+// The attributes of the converters, for a run time that has to be told: "FIELD NAME VALUE...".
+extern const std::vector<std::string> converter_attributes;
 
 // Programs as modules, without functions and variables that nothing refers to.
 Sources sources_of(const std::vector<const Program *> &programs);

@@ -138,10 +138,9 @@ FUNCTION VARLOC spot(INT which)
 
 constexpr char data_sections[] = R"(DATA CONVERTER scale
 BEGIN
-    OldType = VOLTAGE, QuantityType = TEMPERATURE
     Multiplier = 3, Divisor = 2, Offset = -40
-    STATE "cold", -40C, 60C
-    STATE "warm", 61C, 120C
+    STATE "cold", -4000, 60
+    STATE "warm", 61, 9000
 END
 DATA CONVERTER steps
 BEGIN
@@ -296,6 +295,21 @@ std::string module_of(const Text &text, const std::string &functions)
 }
 
 } // namespace
+
+const std::vector<std::string> converter_attributes{
+    "scale\tFLAGS\t0",
+    "scale\tMULTIPLIER\t3",
+    "scale\tDIVISOR\t2",
+    "scale\tOFFSET\t-40",
+    "scale\tSTATES\t2",
+    "scale\tSTATELOW\t-4000\t61",
+    "scale\tSTATEHIGH\t60\t9000",
+    "scale\tSTATETEXT\tcold\twarm",
+    "steps\tFLAGS\t0",
+    "steps\tMAPINPUT\t0\t1000",
+    "steps\tMAPOUTPUT\t10\t-50",
+    "steps\tNEXT\t=scale",
+};
 
 Sources sources_of(const std::vector<const Program *> &programs)
 {

@@ -94,6 +94,9 @@ std::string compile(const Worker &worker, const random_program::Sources &sources
     if (!sources.library.empty()) std::ofstream(library, std::ios::binary) << sources.library;
     job->modules.push_back(targets::compile(main, worker.folder, options));
     std::string problems = job->modules.back().problems;
+    const char *owner = sources.library.empty() ? "fuzz" : "fuzzlib";
+    for (const std::string &attribute : random_program::converter_attributes)
+        job->attributes.push_back(std::string(owner) + "\t" + attribute);
     if (!sources.library.empty()) {
         job->modules.push_back(targets::compile(library, worker.folder, options));
         problems += job->modules.back().problems;
@@ -244,7 +247,8 @@ random_program::Features features_of(const Options &options, uint32_t block)
              .has_run_time_lengths = !has_c,
              .has_library = block % 3 == 0,
              .has_inner = has_inner,
-             .has_outer_variables = has_inner && !has_c };
+             .has_outer_variables = has_inner && !has_c,
+             .has_conversions = !has_c };
 }
 
 Program program_of(const Options &options, uint32_t number)

@@ -266,9 +266,95 @@ uint32_t answer_word(const Job &job, evaluator::Program *program, const Value &r
     return is_whole ? answer : answer % static_cast<uint32_t>(result.values);
 }
 
+// Converters, by their records: of 34 bytes, with the states and the points of the map behind.
+
+int32_t number_at(evaluator::Program *program, uint32_t address, uint32_t size)
+{
+    const uint8_t *bytes = evaluator::memory(program, address, size, false);
+    return bytes == nullptr ? 0 : evaluator::signed_number(bytes, static_cast<int>(size));
+}
+
+// What a field refers to: its content is the way from itself.
+uint32_t referred(evaluator::Program *program, uint32_t address)
+{
+    const int32_t distance = number_at(program, address, 4);
+    return distance == 0 ? 0 : address + static_cast<uint32_t>(distance);
+}
+
+constexpr uint32_t next_at = 8;
+constexpr uint32_t offset_at = 12;
+constexpr uint32_t multiplier_at = 16;
+constexpr uint32_t divisor_at = 20;
+constexpr uint32_t counts_at = 30;
+constexpr uint32_t states_at = 34;
+constexpr uint32_t state_size = 12;
+constexpr uint32_t point_size = 8;
+
+uint32_t state_count(evaluator::Program *program, uint32_t converter)
+{
+    return static_cast<uint32_t>(number_at(program, converter + counts_at, 2));
+}
+
+// On the line between two points of the map, or level beyond its ends.
+int32_t map_value(evaluator::Program *program, uint32_t points, uint32_t count, int32_t value)
+{
+    const auto input = [&](uint32_t i) { return number_at(program, points + i * point_size, 4); };
+    const auto output = [&](uint32_t i) {
+        return number_at(program, points + i * point_size + 4, 4);
+    };
+    if (value <= input(0)) return output(0);
+    for (uint32_t i = 1; i < count; ++i) {
+        if (value > input(i)) continue;
+        const int64_t rise = static_cast<int64_t>(output(i)) - output(i - 1);
+        const int64_t run = static_cast<int64_t>(input(i)) - input(i - 1);
+        const int64_t way = static_cast<int64_t>(value) - input(i - 1);
+        return static_cast<int32_t>(output(i - 1) + rise * way / run);
+    }
+    return output(count - 1);
+}
+
+int32_t converted(evaluator::Program *program, uint32_t converter, int32_t value)
+{
+    for (; converter != 0; converter = referred(program, converter + next_at)) {
+        const auto points = static_cast<uint32_t>(number_at(program, converter + counts_at + 2, 2));
+        const uint32_t map = converter + states_at + state_count(program, converter) * state_size;
+        const int64_t divisor = number_at(program, converter + divisor_at, 4);
+        if (points != 0) {
+            value = map_value(program, map, points, value);
+        } else if (divisor != 0) {
+            const int64_t factor = number_at(program, converter + multiplier_at, 4);
+            const int32_t offset = number_at(program, converter + offset_at, 4);
+            value = static_cast<int32_t>(value * factor / divisor + offset);
+        }
+    }
+    return value;
+}
+
+uint32_t text_of_state(evaluator::Program *program, uint32_t converter, int32_t value)
+{
+    for (; converter != 0; converter = referred(program, converter + next_at)) {
+        for (uint32_t i = 0; i < state_count(program, converter); ++i) {
+            const uint32_t state = converter + states_at + i * state_size;
+            const bool is_within =
+                value >= number_at(program, state, 4) && value <= number_at(program, state + 4, 4);
+            if (is_within) return referred(program, state + 8);
+        }
+    }
+    return evaluator::place_text(program, std::to_string(value));
+}
+
+uint32_t convert(evaluator::Program *program, const evaluator::Words &words)
+{
+    constexpr uint32_t as_text = 16;
+    const int32_t value = converted(program, words[1], static_cast<int32_t>(words[0]));
+    const bool wants_text = words.size() > 2 && (words[2] & as_text) != 0;
+    return wants_text ? text_of_state(program, words[1], value) : static_cast<uint32_t>(value);
+}
+
 evaluator::Hooks hooks_of(const Job &job, const Run &run, Log *log)
 {
     evaluator::Hooks hooks;
+    if (!job.attributes.empty()) hooks["CVT"] = convert;
     for (const Module &module : job.modules) {
         for (const Routine &syscall : module.syscalls) {
             hooks[syscall.name] = [&job, &run, &syscall, log](evaluator::Program *program,
@@ -320,6 +406,7 @@ std::string shown_calls(const Job &job, const evaluator::Result &result, const L
     std::string text;
     size_t next = 0;
     for (const std::string &call : result.calls) {
+        if (!job.attributes.empty() && call.compare(0, 4, "CVT(") == 0) continue;
         const bool is_typed = is_syscall(job, call.substr(0, call.find('(')));
         text += " " + (is_typed && next < log.calls.size() ? log.calls[next++] : call);
     }

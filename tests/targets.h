@@ -66,14 +66,15 @@ struct Run {
 struct Job {
     std::vector<Module> modules;
     std::vector<Run> runs;
-    bool has_proper_answers =
-        false; // those beyond the values of a syscall's type are turned into one
+    std::vector<std::string> attributes; // of items in Java: "CLASS FIELD NAME VALUE..."
+    bool has_proper_answers = false;     // one beyond the values of its type becomes one of them
 };
 
 // What came out of each run: "= 5 ; calls a(1) b("x")", "stops", "raises 7, 2", "fails REASON", or
 // "fails by signal N". Empty, and a text in problem, if it came to no run.
 using Outcomes = std::vector<std::string>;
 
+// Where items have attributes, converters go by their records, forwards alone.
 Outcomes run_evaluator(const Job &job, std::string *problem);
 
 // How C text is built.

@@ -30,6 +30,8 @@ std::string plan_of(const Job &job)
                 plan += "values\t" + syscall.name + "\t" + std::to_string(values) + "\n";
         }
     }
+    for (const std::string &attribute : job.attributes)
+        plan += "set\t" + attribute + "\n";
     plan += "build\n";
     for (const Run &run : job.runs) {
         plan += "run\t" + run.function + "\t" + std::to_string(run.arguments.size());

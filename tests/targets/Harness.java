@@ -1,3 +1,4 @@
+import halvorn.types.Data;
 import halvorn.types.Diagnostic;
 import halvorn.types.Hardware;
 import halvorn.types.Raise;
@@ -8,6 +9,7 @@ import java.io.FileInputStream;
 import java.io.InputStreamReader;
 import java.io.PrintStream;
 import java.io.StringWriter;
+import java.lang.reflect.Field;
 import java.lang.reflect.InvocationTargetException;
 import java.lang.reflect.Method;
 import java.net.URL;
@@ -32,6 +34,7 @@ import javax.tools.ToolProvider;
  *   float SYSCALL                  gives a FLOAT
  *   text SYSCALL                   gives a STRING
  *   values SYSCALL COUNT           gives one of so many values, the first 0
+ *   set CLASS FIELD NAME VALUE...  an attribute of a data item: numbers, =FIELD or other texts
  *   build                          compiles; prints "built", or "problem" and why
  *   run FUNCTION COUNT ARGUMENT... ANSWER...
  */
@@ -43,6 +46,7 @@ final class Harness implements Hardware {
     private static final Set<String> floats = new HashSet<>();
     private static final Set<String> texts = new HashSet<>();
     private static final Map<String, Integer> valueCounts = new HashMap<>();
+    private static final List<String[]> attributes = new ArrayList<>();
     private static String folder;
     private static String className;
     private static String prefix;
@@ -108,9 +112,33 @@ final class Harness implements Hardware {
         return "fails " + (thrown.getClass().getSimpleName().equals("Fault") ? message : thrown);
     }
 
+    private static Data item(ClassLoader loader, String owner, String field) throws Exception {
+        Field found = Class.forName(owner, true, loader).getDeclaredField(field);
+        found.setAccessible(true);
+        return (Data) found.get(null);
+    }
+
+    /** Items that a program does not have are left out. */
+    private static void set(ClassLoader loader, String[] parts) throws Exception {
+        Object[] values = new Object[parts.length - 4];
+        try {
+            for (int i = 0; i < values.length; i++) {
+                String text = parts[4 + i];
+                if (text.startsWith("=")) values[i] = item(loader, parts[1], text.substring(1));
+                else if (text.matches("-?[0-9]+")) values[i] = Integer.valueOf(text);
+                else values[i] = text;
+            }
+            Object value = values.length == 1 ? values[0] : values;
+            item(loader, parts[1], parts[2]).with(parts[3], value);
+        } catch (NoSuchFieldException | ClassNotFoundException missing) {
+            return;
+        }
+    }
+
     private String outcome(String function, List<String> arguments) {
         File classes = new File(folder, "classes");
         try (URLClassLoader loader = new URLClassLoader(new URL[] { classes.toURI().toURL() })) {
+            for (String[] attribute : attributes) set(loader, attribute);
             Method method = method(Class.forName(className, true, loader), function);
             method.setAccessible(true);
             Object[] values = new Object[arguments.size()];
@@ -168,6 +196,7 @@ final class Harness implements Hardware {
     private static String step(String[] parts) throws Exception {
         switch (parts[0]) {
         case "job":
+            attributes.clear();
             folder = parts[1];
             className = parts[2];
             prefix = parts[3] + ".";
@@ -177,6 +206,9 @@ final class Harness implements Hardware {
             return null;
         case "text":
             texts.add(parts[1]);
+            return null;
+        case "set":
+            attributes.add(parts);
             return null;
         case "values":
             valueCounts.put(parts[1], Integer.valueOf(parts[2]));
