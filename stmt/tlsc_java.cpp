@@ -14,6 +14,7 @@
 static const TLSC_IF *next_of(const TLSC_IF *record)
 {
     const TLSC_IF *next = TLSC_ChainNext(record);
+    if (next != nullptr && next->token == TLT_TOKEN_WHEN) return nullptr; /* a block of its own */
     return next != nullptr && TLS_Generable(&next->common, next->condition) ? next : nullptr;
 }
 
