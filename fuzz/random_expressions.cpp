@@ -437,8 +437,21 @@ static Expression conversion(Maker *maker, Type type, int depth)
     return is_text ? value : cast_to(type, std::move(value));
 }
 
+static Expression attribute(Maker *maker)
+{
+    constexpr const char *attributes[] = { "attr(scale, \"OFFSET\")",
+                                           "attr(scale, \"MULTIPLIER\")",
+                                           "attr(scale, \"DIVISOR\")",
+                                           "attr(scale, \"STATES\")",
+                                           "attr(attr(steps, \"NEXT\"), \"OFFSET\")",
+                                           "cast(attr(scale, \"STATELOW\", 1), INT)",
+                                           "cast(attr(scale, \"STATEHIGH\"), INT)" };
+    return leaf(Type::INT, one_of(maker, attributes));
+}
+
 static Expression make_word(Maker *maker, int depth)
 {
+    if (maker->features.has_conversions && maker->random.chance(3)) return attribute(maker);
     if (maker->features.has_conversions && maker->random.chance(4))
         return conversion(maker, Type::INT, depth);
     switch (maker->random.below(20)) {
@@ -615,6 +628,8 @@ static Expression make_any_quantity(Maker *maker, int depth)
 
 static Expression make_item(Maker *maker, Type type, int depth)
 {
+    if (type == Type::CONVERTER && maker->features.has_conversions && maker->random.chance(15))
+        return leaf(type, "attr(steps, \"NEXT\")");
     switch (maker->random.below(6)) {
     case 0:
         return call_of_type(maker, type, depth);

@@ -103,7 +103,7 @@ struct Features {
     bool has_library = false;          // a second module
     bool has_inner = false;            // functions inside of functions, which are read in one go
     bool has_outer_variables = false;  // and these see the variables of the outer ones
-    bool has_conversions = false;      // cvt and cvts
+    bool has_conversions = false;      // cvt, cvts and attr
 };
 
 // The program of a number; its names carry it.

@@ -1,6 +1,6 @@
 // three_targets: makes random programs, compiles each to P-code and to the text targets, runs all and
 // compares results and logs of syscalls. A program that differs is cut down to the smallest one that
-// still does. A number and a seed make the same program everywhere.
+// still does. A number and a seed make the same program for the same targets everywhere.
 // usage: three_targets [--seed N] [--count N] [--first N] [--targets c,java] [--jobs N] [--print]
 #include <algorithm>
 #include <cstdio>

@@ -351,10 +351,41 @@ uint32_t convert(evaluator::Program *program, const evaluator::Words &words)
     return wants_text ? text_of_state(program, words[1], value) : static_cast<uint32_t>(value);
 }
 
+// An attribute of a converter; of several values of one, that of the index.
+uint32_t attribute(evaluator::Program *program, const evaluator::Words &words)
+{
+    enum { NEXT = 1, MULTIPLIER = 2, DIVISOR = 3, OFFSET = 4, STATES = 7, LOW = 9, HIGH = 11 };
+    const size_t count = words.size();
+    const uint32_t item = words[count - 3];
+    const uint32_t index = count > 3 ? words[0] : 0;
+    const uint32_t state = item + states_at + index * state_size;
+    const auto number = [&](uint32_t at) {
+        return static_cast<uint32_t>(number_at(program, at, 4));
+    };
+    switch (words[count - 2]) {
+    case NEXT:
+        return referred(program, item + next_at);
+    case MULTIPLIER:
+        return number(item + multiplier_at);
+    case DIVISOR:
+        return number(item + divisor_at);
+    case OFFSET:
+        return number(item + offset_at);
+    case STATES:
+        return state_count(program, item);
+    case LOW:
+        return number(state);
+    case HIGH:
+        return number(state + 4);
+    default:
+        return 0;
+    }
+}
+
 evaluator::Hooks hooks_of(const Job &job, const Run &run, Log *log)
 {
     evaluator::Hooks hooks;
-    if (!job.attributes.empty()) hooks["CVT"] = convert;
+    if (!job.attributes.empty()) hooks = { { "CVT", convert }, { "ATTR", attribute } };
     for (const Module &module : job.modules) {
         for (const Routine &syscall : module.syscalls) {
             hooks[syscall.name] = [&job, &run, &syscall, log](evaluator::Program *program,
@@ -406,8 +437,9 @@ std::string shown_calls(const Job &job, const evaluator::Result &result, const L
     std::string text;
     size_t next = 0;
     for (const std::string &call : result.calls) {
-        if (!job.attributes.empty() && call.compare(0, 4, "CVT(") == 0) continue;
-        const bool is_typed = is_syscall(job, call.substr(0, call.find('(')));
+        const std::string name = call.substr(0, call.find('('));
+        if (!job.attributes.empty() && (name == "CVT" || name == "ATTR")) continue;
+        const bool is_typed = is_syscall(job, name);
         text += " " + (is_typed && next < log.calls.size() ? log.calls[next++] : call);
     }
     return text.empty() ? "" : " ; calls" + text;
