@@ -63,6 +63,7 @@ struct CLI_NODE {
     CLI_QUALIFIER *qualifiers, *last_qualifier;
     CLI_ACTION action; // null: only a prefix
     intptr_t argument;
+    CLI_NODE *older_root; // at a root: the one made before it
 };
 
 /**

@@ -16,8 +16,9 @@ struct COMPLETER {
     CLI_COMPLETION_VISITOR visitor;
     void *context;
     int32_t count;
-    int32_t start;   // in the line, of what a completion replaces
-    bool is_literal; // the line is a text as it is, without quotes and blanks at its end
+    int32_t start;        // in the line, of what a completion replaces
+    bool is_literal;      // the line is a text as it is, without quotes and blanks at its end
+    bool is_behind_quote; // another quote there would be one of a doubled quote
 };
 
 // --- offers ---
@@ -41,6 +42,7 @@ static char *make_text(const COMPLETER *completer, const char *lead, const char 
     IST_STRING *line = IST_NewString();
     IST_Append(line, lead);
     const bool is_quoted = !completer->is_literal && needs_quotes(text);
+    if (is_quoted && completer->is_behind_quote) IST_AppendChar(line, ' ');
     if (is_quoted) {
         IST_AppendChar(line, '"');
         append_escaped(line, text);
@@ -301,15 +303,19 @@ static void complete_line(COMPLETER *completer, const CLI_NODE *root, const char
     while (pass_step(&place) == STEP_ON)
         ;
     completer->start = static_cast<int32_t>(place.start - line);
+    completer->is_behind_quote = place.start > line && place.start[-1] == '"';
     offer_at_place(completer, &place);
 }
 
 int32_t CLI_Complete(const CLI_NODE *root, const char *line, CLI_COMPLETION_VISITOR visitor,
                      void *context)
 {
-    COMPLETER completer = {
-        .visitor = visitor, .context = context, .count = 0, .start = 0, .is_literal = true
-    };
+    COMPLETER completer = { .visitor = visitor,
+                            .context = context,
+                            .count = 0,
+                            .start = 0,
+                            .is_literal = true,
+                            .is_behind_quote = false };
     const CLI_PARAMETER *prompted = CLI_PromptedParameter();
     char *copy = ST_Allocate(line);
     if (prompted != nullptr) {

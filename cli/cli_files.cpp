@@ -18,12 +18,12 @@ enum SOURCE_KIND { SOURCE_CONSOLE, SOURCE_FILE, SOURCE_STORED };
 
 struct SOURCE {
     SOURCE_KIND kind;
-    FILE *file; // SOURCE_FILE
-    HOST_FILE_IDENTITY identity;
-    char name[80];    // of the file, as given, cut to fit
-    char *command;    // SOURCE_STORED; owned
-    bool is_quiet;    // SOURCE_FILE: lines are not echoed
-    SOURCE *previous; // the source underneath
+    FILE *file;                  // SOURCE_FILE
+    HOST_FILE_IDENTITY identity; // of the file; zeros are no file's
+    char name[80];               // of the file, as given, cut to fit
+    char *command;               // SOURCE_STORED; owned
+    bool is_quiet;               // SOURCE_FILE: lines are not echoed
+    SOURCE *previous;            // the source underneath
 };
 
 static constexpr const char *file_extension = ".com";
@@ -190,16 +190,15 @@ static bool next_line(const char *prompt, char *line)
 
 // --- command files ---
 
-static bool is_file(const SOURCE &source, const HOST_FILE_IDENTITY &identity)
+static bool is_same(const HOST_FILE_IDENTITY &one, const HOST_FILE_IDENTITY &other)
 {
-    return source.kind == SOURCE_FILE && source.identity.device == identity.device &&
-           source.identity.number == identity.number;
+    return one.device == other.device && one.number == other.number;
 }
 
 static bool is_being_read(const HOST_FILE_IDENTITY &identity)
 {
     const SOURCE *source = sources;
-    while (source != nullptr && !is_file(*source, identity))
+    while (source != nullptr && !is_same(source->identity, identity))
         source = source->previous;
     return source != nullptr;
 }

@@ -1,7 +1,7 @@
 /*
  * The command being carried out, and the values that its action reads.
  */
-#include "cli/cli.h"
+#include "cli/cli_parse.h"
 
 #include "core/sm.h"
 #include "core/st.h"
@@ -56,7 +56,7 @@ int32_t CLI_GetParameter(intptr_t *value)
 /** Passes over blanks and separators. */
 static const char *skip_gap(const char *text, char separator)
 {
-    while (*text != '\0' && (*text == ' ' || *text == separator))
+    while (*text != '\0' && (CLI_IsBlank(*text) || *text == separator))
         text++;
     return text;
 }

@@ -12,6 +12,8 @@
 // An owner is either; its parameters are at the same place.
 static_assert(offsetof(CLI_NODE, parameters) == 0 && offsetof(CLI_QUALIFIER, value) == 0);
 
+static CLI_NODE *newest_root; // nobody walks the roots: a tree in use is no leak, whoever holds it
+
 /** Fills in what every record has. */
 template <typename RECORD> static void describe(RECORD *record, const char *name, const char *help)
 {
@@ -36,7 +38,12 @@ CLI_NODE *CLI_Node(CLI_NODE *parent, const char *name, CLI_ACTION action, intptr
     node->parent = parent;
     node->action = action;
     node->argument = argument;
-    if (parent != nullptr) append(&parent->children, &parent->last_child, node);
+    if (parent != nullptr) {
+        append(&parent->children, &parent->last_child, node);
+    } else {
+        node->older_root = newest_root;
+        newest_root = node;
+    }
     return node;
 }
 

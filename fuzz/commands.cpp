@@ -140,14 +140,15 @@ struct LINE {
 };
 
 /** What completes a line once completes the completed line again. */
-void check_completion(void *context, const CLI_COMPLETION *completion)
+int32_t check_completion(void *context, const CLI_COMPLETION *completion)
 {
     const auto *line = static_cast<const LINE *>(context);
     demand(completion->start >= 0 && static_cast<size_t>(completion->start) <= line->text.size());
-    if (completion->kind == CLI_COMPLETE_DIRECTORY) return;
+    if (completion->kind == CLI_COMPLETE_DIRECTORY) return 0;
     const std::string whole =
         line->text.substr(0, static_cast<size_t>(completion->start)) + completion->text;
     demand(CLI_Complete(line->root, whole.c_str(), nullptr, nullptr) > 0);
+    return 0;
 }
 
 void complete(const CLI_NODE *root, std::string_view text)
@@ -194,6 +195,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         break;
     default:
         write_scratch_file("input file", data, 0);
+        write_scratch_file("input.com", data, 0);
         complete(commands, text);
         complete(arguments, text);
     }

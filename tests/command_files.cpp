@@ -231,8 +231,14 @@ TEST_F(CommandFiles, Arguments)
             EXPECT_EQ(commands(root), row.then);
         }
     }
+    const int32_t failed = CLI_FailedCommands();
     EXPECT_TRUE(arguments(tool, { "?" }).starts_with("0Command   : tool "));
+    EXPECT_EQ(CLI_FailedCommands(), failed);
+    EXPECT_EQ(arguments(tool, { "x", "/X" })[0], '0');
+    EXPECT_EQ(CLI_FailedCommands(), failed + 1);
     EXPECT_EQ(arguments(nullptr, { "x" }), "1");
+    EXPECT_EQ(arguments(root, { "SAY", "x" }), "1"); // the values are those of the root
+    EXPECT_EQ(current_command(), "tool");
     EXPECT_GE(items->size, 5000);
 }
 

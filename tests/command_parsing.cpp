@@ -17,10 +17,10 @@ protected:
         CommandSession::SetUp();
         root = CLI_Node(nullptr, "tool", nullptr, 0, "");
         make_set(CLI_Node(root, "SET", nullptr, 0, "Set something"));
+        CLI_Node(root, "SHOWALL", print_command, 0, "Show all");
         CLI_NODE *show = CLI_Node(root, "SHOW", print_command, 0, "Show something");
         CLI_CharParameter(show, "What", CLI_OPTIONAL, 2, 6, "");
         CLI_ListParameter(show, "Where", CLI_OPTIONAL, 0, ',', "");
-        CLI_Node(root, "SHOWALL", print_command, 0, "Show all");
         CLI_CharParameter(CLI_Node(root, "COPY", print_command, 0, ""), "From", CLI_MANDATORY, 0, 6,
                           "");
         make_ask(CLI_Node(root, "ASK", print_command, 0, "Ask"));
@@ -227,6 +227,7 @@ std::string completions(const CLI_NODE *root, const std::string &line)
             auto *found = static_cast<RESULT *>(context);
             found->start = completion->start;
             found->text += std::string(" ") + completion->text + "|" + completion->ending;
+            return 0;
         },
         &result);
     EXPECT_EQ(CLI_Complete(root, line.c_str(), nullptr, nullptr), count);
@@ -241,9 +242,9 @@ TEST_F(CommandParsing, Completion)
     static constexpr struct {
         const char *line, *found;
     } cases[] = {
-        { "", "0 SET|  SHOW|  SHOWALL|  COPY|  ASK| " },
-        { "  s", "2 SET|  SHOW|  SHOWALL| " },
-        { "show", "0 SHOW|  SHOWALL| " },
+        { "", "0 SET|  SHOWALL|  SHOW|  COPY|  ASK| " },
+        { "  s", "2 SET|  SHOWALL|  SHOW| " },
+        { "show", "0 SHOWALL|  SHOW| " },
         { "set m", "4 MODE| " },
         { "set 'm", "4 MODE| " },
         { "set mode ", "9 MANUAL|  AUTO|  AUTOMATIC| " },
@@ -257,7 +258,7 @@ TEST_F(CommandParsing, Completion)
         { "/speed=\"very f", "7 \"VERY FAST\"| " },
         { "set x ", "" },
         { "s ", "" },
-        { "set level 5 6", "" },
+        { "set level 5 f", "" },
         { "set level /fast=", "" },
         { "set?", "" },
         { "! s", "" },
@@ -271,13 +272,16 @@ TEST_F(CommandParsing, CompletionOfFiles)
 {
     for (const char *name : { "a.kob", "ab.kob", "a b.kob", "a.tl", "go.com" })
         write(name, "");
+    const std::string deep(100, 'l');
+    std::filesystem::create_directory(deep);
+    write(deep + "/" + std::string(40, 'n') + ".kob", ""); // no path can name this one
+    write("q\"x.kob", "");
     std::filesystem::create_directory("adir");
     std::filesystem::create_directory("a dir");
     write("adir/in.kob", "");
     CLI_NODE *load = CLI_Node(root, "LOAD", print_command, 0, "");
     CLI_SetFilePattern(CLI_CharParameter(load, "File", CLI_OPTIONAL, 0, 80, ""), "*.kob");
     CLI_SetFilePattern(CLI_ListParameter(load, "More", CLI_OPTIONAL, 0, ',', ""), "*.kob");
-    const std::string all = " \"a b.kob\"| ";
     const struct {
         std::string line, found;
     } cases[] = {
@@ -287,6 +291,9 @@ TEST_F(CommandParsing, CompletionOfFiles)
         { "LOAD \"adir/i", "5 \"adir/in.kob\"| " },
         { "LOAD x y.kob,ab", "7 y.kob,ab.kob|" },
         { "LOAD x \"y, a ", "7 \"y, a b.kob\"| \"y, a dir\\|" },
+        { "LOAD q", "5 \"q\"\"x.kob\"| " },
+        { "LOAD \"x\"(,ab", "8  \"(,ab.kob\"|" }, // apart from the quote in front
+        { "LOAD " + deep + "\\", "" },
         { "LOAD x.kob/", "10 /HELP|" },
         { "LOAD nowhere\\", "" },
         { "LOAD " + std::string(500, 'd') + "\\", "" },

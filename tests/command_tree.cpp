@@ -146,7 +146,7 @@ TEST_F(CommandTree, ListsAreTakenApart)
     } rows[] = {
         { ';', "a, b;c", "<a, b><c>" },
         { ',', "a, b;c", "<a><b;c>" },
-        { ',', " ,, a b  ,, ", "<a b  >" },
+        { ',', " ,\t, a b  ,, ", "<a b  >" },
         { ',', "a", "<a>" },
         { ',', "a,", "<a>" },
         { ' ', "a  b c ", "<a><b><c>" },

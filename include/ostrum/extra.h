@@ -66,12 +66,12 @@ enum {
 
 /** One way to complete a line; its texts are valid while it is visited. */
 typedef struct CLI_COMPLETION {
-    int32_t kind;       /* CLI_COMPLETE_COMMAND and its like */
-    int32_t start;      /* the text replaces the line from this byte on */
-    const char *text;   /* as the parser reads it, in quotes where it needs them */
-    const char *ending; /* follows the text if nothing else could: " ", "=" or nothing */
-    const char *name;   /* to show: the bare keyword or file name */
-    const char *help;   /* to show beside it; empty for a file */
+    int32_t kind;       /**< CLI_COMPLETE_COMMAND and its like */
+    int32_t start;      /**< the text replaces the line from this byte on */
+    const char *text;   /**< as the parser reads it, in quotes where it needs them */
+    const char *ending; /**< follows the text if nothing else could: " ", "=" or nothing */
+    const char *name;   /**< to show: the bare keyword or file name */
+    const char *help;   /**< to show beside it; empty for a file */
 } CLI_COMPLETION;
 
 /**
@@ -79,8 +79,9 @@ typedef struct CLI_COMPLETION {
  *
  * @param context     the word given to CLI_Complete
  * @param completion  the completion; stays the library's
+ * @return            ignored
  */
-typedef void (*CLI_COMPLETION_VISITOR)(void *context, const CLI_COMPLETION *completion);
+typedef int32_t (*CLI_COMPLETION_VISITOR)(void *context, const CLI_COMPLETION *completion);
 
 /**
  * Visits what a partial line can be completed to: the commands, qualifiers, choices or files that its
