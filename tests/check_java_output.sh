@@ -126,6 +126,54 @@ javac -cp "$scratch/runtime:$scratch/golden/classes" -d "$scratch/plugs" Plugs.j
 PIN 1, GND, SHIELD, 140007
 3, COMPONENT VEHICLE_NAME, CONNECTOR ECU_PLUG_NAME, CONNECTOR ECU_PLUG_NAME" ] || fail "an item has another attribute"
 
+# The tree over the harness: what it measures, shows and finds, with a vehicle made up for each case.
+cat >Ramp.java <<'SOURCE'
+import halvorn.types.*;
+
+class Ramp implements Hardware {
+    private int[] volts;     // by line of the breakout cable
+    private Data fault;      // the signal that does not fit
+    private String seen = "";
+
+    public Object syscall(int number, String name, Object[] arguments) {
+        switch (name) {
+        case "HARDWARE.measure_voltage": return volts[(Integer) arguments[0]];
+        case "HARDWARE.wait": return 0;
+        case "HARNESS_TEST.looks_like": return arguments[1] != fault;
+        case "HARNESS_TEST.show": case "HARNESS_TEST.mark": seen += " " + arguments[0]; return 0;
+        default: throw new Fault(name);
+        }
+    }
+
+    void expect(int finding, String shown, int supply, int coolant, int rail, Data unfit) {
+        volts = new int[] { 0, supply, 50, 0, 0, 0, 0, coolant, rail };
+        fault = unfit;
+        seen = "";
+        int found = harness_test.find_in_harness();
+        if (found != finding || !seen.equals(" HELPSCREEN HARNESS.plug_help" + shown))
+            System.out.println(found + seen + ", not " + finding + shown);
+    }
+
+    public static void main(String[] arguments) {
+        Ramp ramp = new Ramp();
+        Diagnostic.setHardware(ramp);
+        harness.coolant_scale.with("MAPINPUT", new Integer[] { 400, 900, 2100, 3400, 4600 })
+            .with("MAPOUTPUT", new Integer[] { 130, 90, 50, 20, -30 });
+        harness.rail_scale.with("MAPINPUT", new Integer[] { 500, 4500 })
+            .with("MAPOUTPUT", new Integer[] { 0, 180000 });
+        String coolant = " POINT 7", both = coolant + " POINT 8";
+        ramp.expect(harness_test.SUPPLY_LOST, "", 0, 1500, 2500, null);
+        ramp.expect(harness_test.SENSOR_WIRE, coolant + " HELPSCREEN HARNESS.pull_plug", 12400, 4900, 2500, null);
+        ramp.expect(harness_test.TOO_HOT, both, 12400, 500, 2500, null);
+        ramp.expect(harness_test.TOO_LITTLE_FUEL, both, 12400, 1500, 1500, null);
+        ramp.expect(harness_test.COIL_FAULT, both, 12400, 1500, 2500, harness.coil_primary);
+        ramp.expect(harness_test.IN_ORDER, both, 12400, 1500, 2500, null);
+    }
+}
+SOURCE
+compile "$scratch/ramp" -cp "$scratch/runtime:$scratch/examples/classes" Ramp.java
+[ -z "$(java -cp "$scratch/runtime:$scratch/examples/classes:$scratch/ramp" Ramp | tee /dev/stderr)" ] || fail "the tree over the harness finds something else"
+
 # Converters: by factors, by a map, one behind the other, backwards, as text; and words that never were
 # objects, or a converter of which nothing is known, end the run.
 cat >scales.tl <<'SOURCE'
