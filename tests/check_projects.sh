@@ -1,11 +1,12 @@
 #!/usr/bin/env bash
 # Installs a build into a scratch tree, and builds and runs one of the example projects against what lies
 # there: without a warning, and with the same report in every language.
-# usage: check_projects.sh c|java BUILD_DIRECTORY SOURCE_DIRECTORY C_COMPILER
+# With p_code the program is that in C, and the evaluator runs the modules.
+# usage: check_projects.sh c|java|p_code BUILD_DIRECTORY SOURCE_DIRECTORY C_COMPILER C++_COMPILER EVALUATOR_LIBRARY
 set -euo pipefail
-language=$1 build=$2 source=$3 cc=$4
+language=$1 build=$2 source=$3 cc=$4 cxx=$5 evaluator=$6
 projects=$source/examples/projects
-[ "$language" = c ] || command -v javac >/dev/null || { echo "skipped: no javac on this machine"; exit 77; }
+[ "$language" != java ] || command -v javac >/dev/null || { echo "skipped: no javac on this machine"; exit 77; }
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 usr=$scratch/usr
@@ -46,6 +47,20 @@ run_c() {
 run_java() {
     say_nothing "$projects/java/build.sh" "$scratch/java" "$usr"
     java -cp "$usr/share/java/tollrt.jar:$scratch/java/classes" Main
+}
+
+run_p_code() {
+    local paths=(-I "$scratch" -I "$usr/include" -I "$source/runtime/c/include" -I "$source/tests" -I "$source")
+    local library=$build/libostrum.so
+    cd "$scratch"
+    for module in tester starting; do
+        say_nothing "$usr/bin/toll" --target=c -I "$projects/modules" "$projects/modules/$module.tl"
+    done
+    say_nothing "$usr/bin/toll" -I "$projects/modules" "$source/tests/targets/job.tl"
+    say_nothing "$cc" -std=c11 "${paths[@]}" -c "$projects/c/main.c" "$source/runtime/c/tollrt.c"
+    say_nothing "$cxx" -std=c++20 "${paths[@]}" "$source/tests/targets/project_modules.cpp" main.o tollrt.o \
+        "$evaluator" "$library" -Wl,-rpath,"$build" -o run
+    ./run
 }
 
 for module in tester starting; do
