@@ -2,6 +2,8 @@
 
 #include "pkob.h"
 
+#include <algorithm>
+#include <cinttypes>
 #include <cstring>
 #include <getopt.h>
 
@@ -9,12 +11,19 @@ OSTRUM_VERSION_BLOCK("pkob", OSTRUM_VERSION, OSTRUM_VERSION, "MIT license");
 
 enum { STATUS_DONE, STATUS_FAILED, STATUS_USAGE };
 
-enum { OPTION_JSON = 256, OPTION_HELP, OPTION_VERSION }; // above every character that is an option
+enum { // above every character that is an option
+    OPTION_JSON = 256,
+    OPTION_DATA,
+    OPTION_SCREENS,
+    OPTION_SVG,
+    OPTION_HELP,
+    OPTION_VERSION,
+};
 
 struct OPTION {
     int code; // of getopt_long; the letter where it is one
     const char *long_name;
-    const char *value; // name of its value; null: it takes none
+    const char *value; // name of its value, in brackets if it may lack; null: it takes none
     uint32_t parts;    // that it asks for
     const char *meaning;
 };
@@ -60,6 +69,21 @@ static constexpr OPTION option_table[] = {
       .value = "NAME",
       .parts = PKOB_SYMBOLS | PKOB_CODE,
       .meaning = "one symbol and what stands at its place; may be repeated" },
+    { .code = OPTION_DATA,
+      .long_name = "data",
+      .value = "[NAME]",
+      .parts = PKOB_DATA_SECTIONS,
+      .meaning = "what the data sections hold, or one; may be repeated" },
+    { .code = OPTION_SCREENS,
+      .long_name = "help-screens",
+      .value = nullptr,
+      .parts = PKOB_HELP_SCREENS,
+      .meaning = "the help screens as an operator reads them" },
+    { .code = OPTION_SVG,
+      .long_name = "svg",
+      .value = "DIR",
+      .parts = PKOB_DRAWINGS,
+      .meaning = "writes waveforms and connectors as drawings to DIR" },
     { .code = OPTION_JSON,
       .long_name = "json",
       .value = nullptr,
@@ -77,13 +101,20 @@ static constexpr OPTION option_table[] = {
       .meaning = "the version of pkob" },
 };
 
+/** The value of an option as --help names it. */
+static std::string value_name(const OPTION &option)
+{
+    if (option.value == nullptr) return "";
+    if (option.value[0] != '[') return "=" + std::string(option.value);
+    return "[=" + std::string(option.value + 1);
+}
+
 static void print_help()
 {
     printf("Usage: pkob [OPTION]... FILE.kob...\n"
            "Lists module files. Without options: an overview of each.\n\n");
     for (const OPTION &option : option_table) {
-        std::string names = "--" + std::string(option.long_name);
-        if (option.value != nullptr) names += "=" + std::string(option.value);
+        std::string names = "--" + std::string(option.long_name) + value_name(option);
         if (option.code < OPTION_JSON) {
             printf("  -%c, %-18s %s\n", option.code, names.c_str(), option.meaning);
         } else {
@@ -93,7 +124,9 @@ static void print_help()
     printf(
         "\nAddresses are offsets into the image. Bytes of names that are no printable ASCII are\n"
         "shown as \\xNN, in JSON as the character of that number.\n"
-        "Status: 0 done, 1 a file cannot be read or lacks a symbol, 2 wrong usage.\n");
+        "Status: 0 done, 1 a file cannot be read, lacks what was asked for or has damaged "
+        "records,\n"
+        "2 wrong usage.\n");
 }
 
 /** Gives getopt_long its two forms of the table. */
@@ -101,7 +134,9 @@ static void describe_options(std::string *letters, std::vector<option> *long_opt
 {
     *letters = ":"; // wrong options are reported here
     for (const OPTION &row : option_table) {
-        int argument = row.value != nullptr ? required_argument : no_argument;
+        int argument = row.value == nullptr  ? no_argument
+                       : row.value[0] == '[' ? optional_argument
+                                             : required_argument;
         long_options->push_back({ row.long_name, argument, nullptr, row.code });
         if (row.code >= OPTION_JSON) continue;
         *letters += (char)row.code;
@@ -128,6 +163,8 @@ static void set_option(PKOB_OPTIONS *options, int code)
     for (const OPTION &row : option_table)
         if (row.code == code) options->parts |= row.parts;
     if (code == 's') options->symbols.push_back(optarg);
+    if (code == OPTION_DATA && optarg != nullptr) options->sections.push_back(optarg);
+    if (code == OPTION_SVG) options->drawing_directory = optarg;
     if (code == OPTION_JSON) options->is_json = true;
 }
 
@@ -154,6 +191,8 @@ static int read_options(PKOB_OPTIONS *options, int count, char **arguments)
         set_option(options, code);
     }
     if (optind >= count) return wrong_usage("no file given", "");
+    if (options->is_json && (options->parts & PKOB_HELP_SCREENS) != 0)
+        return wrong_usage("--help-screens is no JSON; --data shows the screens in it", "");
     if (options->parts == 0)
         options->parts = options->is_json ? PKOB_LISTING | PKOB_IMAGE : PKOB_OVERVIEW;
     return -1;
@@ -195,17 +234,59 @@ static int check_symbols(const PKOB_MODULE &module, const PKOB_OPTIONS &options)
     return status;
 }
 
-/** Lists an open module, as the next after those that count tells. */
+/** Complains of the data sections asked for that a module lacks, and keeps the others. */
+static int choose_sections(const PKOB_MODULE &module, const PKOB_OPTIONS &options, PKOB_DATA *data)
+{
+    int status = STATUS_DONE;
+    if (options.sections.empty()) return status;
+    auto is_wanted = [&options](std::string_view name) {
+        return std::find(options.sections.begin(), options.sections.end(), name) !=
+               options.sections.end();
+    };
+    for (const char *wanted : options.sections) {
+        auto has_name = [wanted](const PKOB_ITEM &section) { return section.symbol == wanted; };
+        if (std::none_of(data->sections.begin(), data->sections.end(), has_name))
+            status = complain(module.file_name, "no data section ", wanted);
+    }
+    std::erase_if(data->sections, [&](const PKOB_ITEM &item) { return !is_wanted(item.symbol); });
+    std::erase_if(data->problems, [&](const PKOB_PROBLEM &at) { return !is_wanted(at.symbol); });
+    return status;
+}
+
+/** Complains of records that are damaged. */
+static int check_data(const PKOB_MODULE &module, const PKOB_DATA &data)
+{
+    for (const PKOB_PROBLEM &problem : data.problems) {
+        char place[32];
+        snprintf(place, sizeof place, " at %08" PRIx32 ": ", (uint32_t)problem.address);
+        complain(module.file_name, pkob_escaped(problem.symbol).c_str(),
+                 (place + problem.text).c_str());
+    }
+    return data.problems.empty() ? STATUS_DONE : STATUS_FAILED;
+}
+
+/** Lists what has been read of a module, as the next after those that count tells. */
+static int show_module(const PKOB_MODULE &module, const PKOB_OPTIONS &options, int *listed)
+{
+    const uint32_t data_parts = PKOB_DATA_SECTIONS | PKOB_HELP_SCREENS | PKOB_DRAWINGS;
+    PKOB_DATA data = {};
+    if ((options.parts & data_parts) != 0) data = pkob_read_data(module);
+    if (choose_sections(module, options, &data) != STATUS_DONE) return STATUS_FAILED;
+    if (options.is_json && *listed > 0) printf(",\n");
+    (options.is_json ? pkob_print_json : pkob_print_text)(module, data, options);
+    ++*listed;
+    int status = check_data(module, data);
+    if (options.drawing_directory == nullptr) return status;
+    std::string problem = pkob_draw(module, data, options.drawing_directory);
+    return problem.empty() ? status : complain(module.file_name, problem.c_str(), "");
+}
+
 static int list_module(PKOB_MODULE *module, const PKOB_OPTIONS &options, int *listed)
 {
     module->codes = EEP_NewModule();
     pkob_load(module);
     int status = check_symbols(*module, options);
-    if (status == STATUS_DONE) {
-        if (options.is_json && *listed > 0) printf(",\n");
-        (options.is_json ? pkob_print_json : pkob_print_text)(*module, options);
-        ++*listed;
-    }
+    if (status == STATUS_DONE) status = show_module(*module, options, listed);
     EEP_DelModule(module->codes);
     return status;
 }
@@ -242,6 +323,7 @@ int main(int count, char **arguments)
     if (status >= 0) return status;
     KOB_Initialise();
     EEP_Initialise();
+    EUC_Initialise();
     status = list_files(options, count - optind, arguments + optind);
     if (fflush(stdout) != 0 || ferror(stdout) != 0)
         return complain("standard output", "cannot be written", "");

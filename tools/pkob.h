@@ -3,6 +3,8 @@
 
 #include <ostrum.h>
 
+#include "pkob_data.h"
+
 #include <string>
 #include <vector>
 
@@ -15,6 +17,9 @@ enum PKOB_PART : uint32_t {
     PKOB_CODE = 16,
     PKOB_IMAGE = 32,
     PKOB_OVERVIEW = 64,
+    PKOB_DATA_SECTIONS = 128,
+    PKOB_HELP_SCREENS = 256,
+    PKOB_DRAWINGS = 512,
     PKOB_LISTING = PKOB_HEADER | PKOB_STATIC_OFFSETS | PKOB_SYMBOLS | PKOB_FRAMES | PKOB_CODE,
 };
 
@@ -87,8 +92,10 @@ struct PKOB_INSTRUCTION {
 };
 
 struct PKOB_OPTIONS {
-    uint32_t parts;                    // of PKOB_PART
-    std::vector<const char *> symbols; // names to show; empty: all
+    uint32_t parts;                     // of PKOB_PART
+    std::vector<const char *> symbols;  // names to show; empty: all
+    std::vector<const char *> sections; // names of data sections to show; empty: all
+    const char *drawing_directory;
     bool is_json;
 };
 
@@ -108,6 +115,12 @@ int32_t pkob_table_target(const PKOB_MODULE &module, const PKOB_INSTRUCTION &ins
 /** First label at an address, or null. */
 const char *pkob_label_at(const PKOB_MODULE &module, int32_t address);
 
+/** First symbol that the linker fills in at an address, or null. */
+const char *pkob_reference_at(const PKOB_MODULE &module, int32_t address);
+
+/** The block that an address lies in, or null. */
+const PKOB_BLOCK *pkob_block_at(const PKOB_MODULE &module, int32_t address);
+
 /** Text of a string constant at an address: up to limit bytes, null if there is no string. */
 const char *pkob_string_at(const PKOB_MODULE &module, int32_t address, int32_t *length);
 
@@ -121,5 +134,9 @@ bool pkob_is_wanted_block(const PKOB_MODULE &module, const PKOB_OPTIONS &options
 /** Name of one module flag, or null if the bit has no meaning of its own. */
 const char *pkob_flag_name(uint32_t flag);
 
-void pkob_print_text(const PKOB_MODULE &module, const PKOB_OPTIONS &options);
-void pkob_print_json(const PKOB_MODULE &module, const PKOB_OPTIONS &options);
+/** 8-bit text for a terminal: what is no printable ASCII is escaped, '"' and '\\' too. */
+std::string pkob_escaped(std::string_view text);
+
+/** Lists the parts asked for; data may be empty if none of them is a data section. */
+void pkob_print_text(const PKOB_MODULE &module, const PKOB_DATA &data, const PKOB_OPTIONS &options);
+void pkob_print_json(const PKOB_MODULE &module, const PKOB_DATA &data, const PKOB_OPTIONS &options);

@@ -16,11 +16,11 @@ static void next_member(LIST *list)
     list->is_started = true;
 }
 
-static void print_text(const char *text)
+static void print_text(std::string_view text)
 {
     putchar('"');
-    for (; *text != 0; text++) {
-        auto c = (unsigned char)*text;
+    for (char character : text) {
+        auto c = (unsigned char)character;
         if (c == '"' || c == '\\') {
             printf("\\%c", c);
         } else if (c >= 0x20 && c < 0x7F) {
@@ -38,7 +38,7 @@ static void member(LIST *list, const char *name)
     printf("\"%s\":", name);
 }
 
-static void text_member(LIST *list, const char *name, const char *text)
+static void text_member(LIST *list, const char *name, std::string_view text)
 {
     member(list, name);
     print_text(text);
@@ -243,13 +243,142 @@ static void print_code(const PKOB_MODULE &module, const PKOB_OPTIONS &options)
     putchar(']');
 }
 
+/** The name of a member: that of an attribute in small letters. */
+static void value_member(LIST *list, const char *name)
+{
+    next_member(list);
+    putchar('"');
+    for (const char *at = name; *at != 0; at++)
+        printf("%s%c", at > name && *at >= 'A' && *at <= 'Z' ? "_" : "",
+               *at >= 'A' && *at <= 'Z' ? *at + 'a' - 'A' : *at);
+    printf("\":");
+}
+
+static void print_reference(const PKOB_VALUE &value)
+{
+    LIST list = {};
+    putchar('{');
+    if (value.target == PKOB_TEXT) text_member(&list, "text", value.text);
+    if (value.target == PKOB_NAMED) text_member(&list, "symbol", value.text);
+    if (value.number >= 0) number_member(&list, "address", value.number);
+    putchar('}');
+}
+
+static void print_words(const PKOB_VALUE &value)
+{
+    LIST list = {};
+    putchar('[');
+    for (const std::string &word : pkob_words(value)) {
+        next_member(&list);
+        print_text(word);
+    }
+    putchar(']');
+}
+
+static void print_quantity(const PKOB_VALUE &value)
+{
+    LIST list = {};
+    putchar('{');
+    text_member(&list, "quantity", EUC_QuantityName(value.quantity));
+    number_member(&list, "count", value.number);
+    text_member(&list, "text", pkob_quantity_text(value.quantity, value.number));
+    putchar('}');
+}
+
+static void print_value(const PKOB_VALUE &value)
+{
+    if (!value.is_given) {
+        printf("null");
+        return;
+    }
+    switch (value.kind) {
+    case PKOB_NUMBER:
+        printf("%" PRId32, value.number);
+        break;
+    case PKOB_LINE:
+        print_text(pkob_line_text(value.number));
+        break;
+    case PKOB_WORDS:
+        print_words(value);
+        break;
+    case PKOB_QUANTITY_TYPE:
+        print_text(EUC_QuantityName(value.number));
+        break;
+    case PKOB_QUANTITY:
+        print_quantity(value);
+        break;
+    case PKOB_REFERENCE:
+        print_reference(value);
+        break;
+    }
+}
+
+static void print_values(const PKOB_ITEM &item)
+{
+    LIST list = {};
+    putchar('{');
+    for (const PKOB_VALUE &value : item.values) {
+        value_member(&list, value.name);
+        print_value(value);
+    }
+    putchar('}');
+}
+
+static void print_samples(const PKOB_ITEM &item)
+{
+    LIST list = {};
+    putchar('[');
+    for (int32_t i = 0; i < item.sample_count; i++) {
+        next_member(&list);
+        printf("%d", item.samples[i]);
+    }
+    putchar(']');
+}
+
+/** An item without those that stand in it. */
+static void print_item_members(LIST *list, const PKOB_ITEM &item)
+{
+    text_member(list, "kind", item.kind);
+    if (!item.symbol.empty()) {
+        text_member(list, "name", item.name);
+        text_member(list, "symbol", item.symbol);
+    }
+    number_member(list, "address", item.address);
+    if (!item.values.empty()) {
+        member(list, "values");
+        print_values(item);
+    }
+    if (item.samples == nullptr) return;
+    member(list, "samples");
+    print_samples(item);
+}
+
+/** Items stand in one another three deep at most. */
+static void print_items(const std::vector<PKOB_ITEM> &items)
+{
+    LIST list = {};
+    putchar('[');
+    for (const PKOB_ITEM &item : items) {
+        LIST members = {};
+        next_member(&list);
+        putchar('{');
+        print_item_members(&members, item);
+        if (!item.items.empty()) {
+            member(&members, "items");
+            print_items(item.items);
+        }
+        putchar('}');
+    }
+    putchar(']');
+}
+
 static void start_part(LIST *list, const char *name)
 {
     next_member(list);
     printf("\n \"%s\":", name);
 }
 
-void pkob_print_json(const PKOB_MODULE &module, const PKOB_OPTIONS &options)
+void pkob_print_json(const PKOB_MODULE &module, const PKOB_DATA &data, const PKOB_OPTIONS &options)
 {
     LIST list = {};
     putchar('{');
@@ -280,6 +409,10 @@ void pkob_print_json(const PKOB_MODULE &module, const PKOB_OPTIONS &options)
         putchar(' ');
         LIST image = {};
         bytes_member(&image, "image", module.image, module.image_size);
+    }
+    if ((options.parts & PKOB_DATA_SECTIONS) != 0) {
+        start_part(&list, "data");
+        print_items(data.sections);
     }
     printf("}");
 }

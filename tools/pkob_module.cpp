@@ -141,6 +141,11 @@ const char *pkob_label_at(const PKOB_MODULE &module, int32_t address)
     return name_at(module.labels, address);
 }
 
+const char *pkob_reference_at(const PKOB_MODULE &module, int32_t address)
+{
+    return name_at(module.references, address);
+}
+
 // Instructions. Every read of the image is held to limit, which is at most its size.
 
 /** Big-endian number of 1, 2 or 4 bytes, with sign. */
@@ -322,15 +327,19 @@ void pkob_find_blocks(PKOB_MODULE *module)
     module->first_code_block = find_code_list(*module);
 }
 
-const char *pkob_string_at(const PKOB_MODULE &module, int32_t address, int32_t *length)
+const PKOB_BLOCK *pkob_block_at(const PKOB_MODULE &module, int32_t address)
 {
     auto is_behind = [](int32_t at, const PKOB_BLOCK &block) { return at < block.address; };
     auto next = std::upper_bound(module.blocks.begin(), module.blocks.end(), address, is_behind);
-    if (next == module.blocks.begin()) return nullptr;
-    const PKOB_BLOCK &block = *(next - 1);
-    if (block.kind != PKOB_STRING_BLOCK) return nullptr;
+    return next == module.blocks.begin() ? nullptr : &*(next - 1);
+}
+
+const char *pkob_string_at(const PKOB_MODULE &module, int32_t address, int32_t *length)
+{
+    const PKOB_BLOCK *block = pkob_block_at(module, address);
+    if (block == nullptr || block->kind != PKOB_STRING_BLOCK) return nullptr;
     const char *text = (const char *)module.image + address;
-    *length = (int32_t)strnlen(text, (size_t)(block.address + block.size - address));
+    *length = (int32_t)strnlen(text, (size_t)(block->address + block->size - address));
     return text;
 }
 

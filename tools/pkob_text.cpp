@@ -15,11 +15,11 @@ enum {
     OVERVIEW_SOURCES = 5, // source files that the overview names
 };
 
-static std::string escaped(const char *text, size_t length)
+std::string pkob_escaped(std::string_view text)
 {
     std::string result;
-    for (size_t i = 0; i < length; i++) {
-        auto c = (unsigned char)text[i];
+    for (char character : text) {
+        auto c = (unsigned char)character;
         char hex[8];
         snprintf(hex, sizeof hex, "\\x%02x", c);
         if (c == '\\' || c == '"') {
@@ -32,11 +32,6 @@ static std::string escaped(const char *text, size_t length)
         }
     }
     return result;
-}
-
-static std::string escaped(const char *text)
-{
-    return escaped(text, strlen(text));
 }
 
 static std::string time_text(uint32_t timestamp)
@@ -69,11 +64,11 @@ static void print_header(const PKOB_MODULE &module)
 {
     const KOB_MODULE *handle = module.handle;
     printf("Header\n");
-    printf("  name            %s\n", escaped(KOB_Name(handle)).c_str());
+    printf("  name            %s\n", pkob_escaped(KOB_Name(handle)).c_str());
     printf("  format version  %" PRId32 "\n", KOBR_GetKOBVersion());
     printf("  made            %s\n", time_text(KOB_Timestamp(handle)).c_str());
     printf("  tool            %" PRId32 " %s %s\n", KOB_Tool(handle), KOB_ToolName(handle),
-           escaped(KOB_ToolVersion(handle)).c_str());
+           pkob_escaped(KOB_ToolVersion(handle)).c_str());
     printf("  flags           %s\n", flags_text(KOB_Flags(handle)).c_str());
     printf("  module size     %" PRId32 "\n", KOB_ModuleSize(handle));
     printf("  code size       %" PRId32 "\n", KOB_CodeSize(handle));
@@ -123,7 +118,8 @@ static void print_sources(const PKOB_MODULE &module)
     size_t count = 0;
     for (const PKOB_SYMBOL &symbol : module.symbols) {
         if (symbol.symbol_class != KOB_SOURCE) continue;
-        if (count++ < OVERVIEW_SOURCES) printf("  source   %s\n", escaped(symbol.name).c_str());
+        if (count++ < OVERVIEW_SOURCES)
+            printf("  source   %s\n", pkob_escaped(symbol.name).c_str());
     }
     if (count > OVERVIEW_SOURCES) printf("  sources  %zu in all\n", count);
 }
@@ -131,15 +127,15 @@ static void print_sources(const PKOB_MODULE &module)
 static void print_overview(const PKOB_MODULE &module)
 {
     const KOB_MODULE *handle = module.handle;
-    printf("%s\n", escaped(KOB_Name(handle)).c_str());
-    printf("  file     %s, %" PRId32 " bytes\n", escaped(module.file_name).c_str(),
+    printf("%s\n", pkob_escaped(KOB_Name(handle)).c_str());
+    printf("  file     %s, %" PRId32 " bytes\n", pkob_escaped(module.file_name).c_str(),
            KOB_ModuleSize(handle));
     printf("  made     %s by %s %s\n", time_text(KOB_Timestamp(handle)).c_str(),
-           KOB_ToolName(handle), escaped(KOB_ToolVersion(handle)).c_str());
+           KOB_ToolName(handle), pkob_escaped(KOB_ToolVersion(handle)).c_str());
     printf("  flags    %s\n", flags_text(KOB_Flags(handle)).c_str());
     print_sources(module);
     const char *country = KOB_Country(module.handle);
-    if (country != nullptr) printf("  country  %s\n", escaped(country).c_str());
+    if (country != nullptr) printf("  country  %s\n", pkob_escaped(country).c_str());
     printf("  code     %" PRId32 " bytes\n", KOB_CodeSize(handle));
     printf("  statics  %" PRIu32 " bytes, %zu offsets\n", (uint32_t)KOB_StaticSize(handle),
            module.static_offsets.size());
@@ -161,15 +157,15 @@ static void print_symbols(const PKOB_MODULE &module, const PKOB_OPTIONS &options
     for (const PKOB_SYMBOL &symbol : module.symbols) {
         if (!pkob_is_wanted(options, symbol.name)) continue;
         printf("  %08" PRIx32 "  %-16s %-16s %s\n", (uint32_t)symbol.value,
-               KOB_ClassName(symbol.symbol_class), escaped(symbol.type).c_str(),
-               escaped(symbol.name).c_str());
+               KOB_ClassName(symbol.symbol_class), pkob_escaped(symbol.type).c_str(),
+               pkob_escaped(symbol.name).c_str());
     }
     printf("\n");
 }
 
 static std::string entry_type_text(const PKOB_ENTRY &entry)
 {
-    std::string text = escaped(KOBD_TypeName(entry.type, entry.flags));
+    std::string text = pkob_escaped(KOBD_TypeName(entry.type, entry.flags));
     return (entry.flags & KOBD_POINTER) != 0 ? text + " pointer" : text;
 }
 
@@ -178,10 +174,10 @@ static void print_frames(const PKOB_MODULE &module)
     printf("Debug frames\n");
     for (const PKOB_FRAME &frame : module.frames) {
         printf("  %s %s, size %" PRId32 ", line %" PRId32 "\n", KOBD_ClassName(frame.frame_class),
-               escaped(frame.name).c_str(), frame.size, frame.line);
+               pkob_escaped(frame.name).c_str(), frame.size, frame.line);
         for (const PKOB_ENTRY &entry : frame.entries)
             printf("    %6" PRId32 "  %-24s dimension %-5" PRId32 " flags %04" PRIx32 "  %s\n",
-                   entry.offset, escaped(entry.name).c_str(), entry.dimension,
+                   entry.offset, pkob_escaped(entry.name).c_str(), entry.dimension,
                    (uint32_t)entry.flags & 0xFFFF, entry_type_text(entry).c_str());
     }
     printf("\n");
@@ -209,7 +205,7 @@ static void print_string(const PKOB_MODULE &module, int32_t address)
     const char *text = pkob_string_at(module, address, &length);
     if (text == nullptr) return;
     bool is_cut = length > STRING_SHOWN;
-    printf(" \"%s\"%s", escaped(text, (size_t)(is_cut ? STRING_SHOWN : length)).c_str(),
+    printf(" \"%s\"%s", pkob_escaped({ text, (size_t)(is_cut ? STRING_SHOWN : length) }).c_str(),
            is_cut ? "..." : "");
 }
 
@@ -223,7 +219,7 @@ static void print_operand(const PKOB_MODULE &module, const PKOB_INSTRUCTION &ins
                (instruction.name == nullptr || instruction.operand_size < 4)) {
         printf(" %" PRId32, instruction.operand);
     }
-    if (instruction.name != nullptr) printf(" %s", escaped(instruction.name).c_str());
+    if (instruction.name != nullptr) printf(" %s", pkob_escaped(instruction.name).c_str());
     if (instruction.code == EEP_LCA && instruction.target >= 0)
         print_string(module, instruction.target);
 }
@@ -267,7 +263,7 @@ static void print_labels(const PKOB_MODULE &module, const PKOB_BLOCK &block, siz
         ++*label;
     size_t first = *label;
     for (; *label < labels.size() && labels[*label].address == block.address; ++*label)
-        printf("%s:\n", escaped(labels[*label].name).c_str());
+        printf("%s:\n", pkob_escaped(labels[*label].name).c_str());
     if (*label == first) printf("%08" PRIx32 ":\n", (uint32_t)block.address);
 }
 
@@ -304,7 +300,7 @@ static void print_image(const PKOB_MODULE &module)
     printf("\n");
 }
 
-void pkob_print_text(const PKOB_MODULE &module, const PKOB_OPTIONS &options)
+void pkob_print_text(const PKOB_MODULE &module, const PKOB_DATA &data, const PKOB_OPTIONS &options)
 {
     if ((options.parts & PKOB_OVERVIEW) != 0) print_overview(module);
     if ((options.parts & PKOB_HEADER) != 0) print_header(module);
@@ -313,4 +309,6 @@ void pkob_print_text(const PKOB_MODULE &module, const PKOB_OPTIONS &options)
     if ((options.parts & PKOB_FRAMES) != 0) print_frames(module);
     if ((options.parts & PKOB_CODE) != 0) print_code(module, options);
     if ((options.parts & PKOB_IMAGE) != 0) print_image(module);
+    if ((options.parts & PKOB_DATA_SECTIONS) != 0) pkob_print_data(data);
+    if ((options.parts & PKOB_HELP_SCREENS) != 0) pkob_print_screens(data);
 }

@@ -6,11 +6,15 @@ _pkob() {
     # bash cuts a word at '='.
     if [ "$word" = = ]; then word=''; elif [ "$before" = = ]; then before=${COMP_WORDS[COMP_CWORD - 2]}; fi
     case $before in
-        -s | --symbol) return ;;
+        -s | --symbol | --data) return ;;
+        --svg)
+            mapfile -t COMPREPLY < <(compgen -d -- "$word")
+            return
+            ;;
     esac
     if [[ $word == -* ]]; then
         mapfile -t COMPREPLY < <(compgen -W '-H --header -t --static-offsets -y --symbols -f --frames -c --code
-            -x --image -a --all -s --symbol= --json --help --version' -- "$word")
+            -x --image -a --all -s --symbol= --data --help-screens --svg= --json --help --version' -- "$word")
         [[ ${COMPREPLY[0]-} == *= ]] && compopt -o nospace
         return
     fi
