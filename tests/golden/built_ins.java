@@ -64,14 +64,8 @@ static void convert(
     u=(x);
     ratio=(float) x;
     x=(int) ratio;
-    reading=/*ERROR - No code generation for built-in-function 'cvt' */
-/*ERROR - No code generated for term */
-/*ERROR - No code generated for term */
-;
-    text=/*ERROR - No code generation for built-in-function 'cvts' */
-/*ERROR - No code generated for term */
-/*ERROR - No code generated for term */
-;
+    reading=toll_cvt(u,scale,1);
+    text=toll_cvts(u,scale,0);
     text=(plug.getNAME());
     x=plug.getPOINT(3).getLINE();
     meter=new METER();

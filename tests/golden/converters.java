@@ -30,9 +30,7 @@ public static int measured(
 )
 {
 
-    return /*ERROR - No code generation for built-in-function 'cvt' */
-/*ERROR - No code generated for term */
-;
+    return toll_cvt(supply,SENSOR,0);
 }
 
 public static String shown(
@@ -40,9 +38,7 @@ public static String shown(
 )
 {
 
-    return /*ERROR - No code generation for built-in-function 'cvts' */
-/*ERROR - No code generated for term */
-;
+    return toll_cvts(supply,CHAIN,0);
 }
 
 public static int scale(
