@@ -478,8 +478,38 @@ static bool is_float(const TLE_TERM *term)
     return term != nullptr && TLB_HasBase(term->type, TLIT_FloatType);
 }
 
+static bool is_word(TLI_IDENTIFIER *type)
+{
+    return TLIT_TypeBaseType(nullptr, type) == TLIT_IntType || TLIT_IntegerType(type);
+}
+
+static bool is_pointer(const TLE_TERM *term)
+{
+    return term->type != nullptr && TLIT_PointerType(term->type);
+}
+
+/* A WORD beside a pointer, which are of two sizes in C. */
+static bool is_mixed_comparison(const TLE_TERM *term)
+{
+    const TLE_TERM *left = term->left;
+    const TLE_TERM *right = term->right;
+    if (left == nullptr || right == nullptr) return false;
+    if (left->type == nullptr || right->type == nullptr) return false;
+    return (is_pointer(left) && is_word(right->type)) || (is_pointer(right) && is_word(left->type));
+}
+
+/* NULL is 0 in both; any other pointer is lost in a WORD. */
+static void report_mixed_comparison(TLC_STREAM *stream, const TLE_TERM *term)
+{
+    const TLE_TERM *pointer = is_pointer(term->left) ? term->left : term->right;
+    if (is_mixed_comparison(term) && pointer->kind != TLT_TOKEN_NULL) {
+        TLC_Error(stream, "WORD cannot hold a pointer in 'C'");
+    }
+}
+
 static FORM comparison_form(const TLE_TERM *term)
 {
+    if (is_mixed_comparison(term)) return SIGNED;
     if (term->extra != 0) return COMPARE;
     const bool has_float = is_float(term->left) || is_float(term->right);
     return has_float || is_signed_comparison(term) ? SIGNED : PLAIN;
@@ -488,6 +518,7 @@ static FORM comparison_form(const TLE_TERM *term)
 /* Comparisons are those of words with a sign; FLOATs are no exception. */
 static const char *signed_word(const TLE_TERM *operand)
 {
+    if (is_pointer(operand)) return "(INT) (intptr_t) (";
     return is_float(operand) ? "toll_word_of_float(" : "(INT) (";
 }
 
@@ -647,6 +678,7 @@ static void open_operator(TLC_STREAM *stream, const TLE_TERM *term, bool is_unsi
         std::fputs("toll_compare(", file);
         break;
     case SIGNED:
+        report_mixed_comparison(stream, term);
         std::fputs(signed_word(term->left), file);
         break;
     default:
@@ -782,11 +814,6 @@ static int32_t write_chain(TLC_STREAM *stream, TLE_TERM *term, bool is_unsigned)
 
 /* ---- Conversions ---- */
 
-static bool is_word(TLI_IDENTIFIER *type)
-{
-    return TLIT_TypeBaseType(nullptr, type) == TLIT_IntType || TLIT_IntegerType(type);
-}
-
 /* Writes a literal as what an item of its narrow type keeps of it; false for any other term. */
 static bool write_cut_literal(TLC_STREAM *stream, TLI_IDENTIFIER *wanted, const TLE_TERM *term)
 {
@@ -836,6 +863,10 @@ int32_t TLE_CValueAs(TLC_STREAM *stream, TLI_IDENTIFIER *wanted, TLE_TERM *term)
     if (term == nullptr) return TLE_TermCode(stream, nullptr, TLE_MODE_VALUE);
     if (loses_pointer(wanted, term)) {
         TLC_Error(stream, "WORD cannot hold a pointer in 'C'");
+        std::fputs("0", stream->file);
+        return 1;
+    }
+    if (term->kind == TLT_TOKEN_NULL && wanted != nullptr && is_word(wanted)) {
         std::fputs("0", stream->file);
         return 1;
     }
