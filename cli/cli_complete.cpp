@@ -208,7 +208,7 @@ struct PLACE {
     int32_t size;      // bytes of word
 };
 
-enum STEP { STEP_ON, STEP_END };
+enum COMPLETION_STEP { STEP_ON, STEP_END };
 
 /** Reads a word; true if the line ends in it, which makes this its place. */
 static bool ends_here(PLACE *place, PLACE_KIND kind, const char *terminators)
@@ -219,7 +219,7 @@ static bool ends_here(PLACE *place, PLACE_KIND kind, const char *terminators)
     return true;
 }
 
-static STEP pass_command(PLACE *place)
+static COMPLETION_STEP pass_command(PLACE *place)
 {
     bool is_ambiguous;
     if (ends_here(place, PLACE_COMMAND, CLI_COMMAND_END)) return STEP_END;
@@ -230,14 +230,14 @@ static STEP pass_command(PLACE *place)
     return STEP_ON;
 }
 
-static STEP pass_value(PLACE *place)
+static COMPLETION_STEP pass_value(PLACE *place)
 {
     if (ends_here(place, PLACE_VALUE, CLI_VALUE_END)) return STEP_END;
     place->parameter = place->parameter->next;
     return STEP_ON;
 }
 
-static STEP pass_qualifier_value(PLACE *place, const CLI_PARAMETER *value)
+static COMPLETION_STEP pass_qualifier_value(PLACE *place, const CLI_PARAMETER *value)
 {
     CLI_SkipBlanks(&place->parse);
     if (*place->parse.cursor != '=') return STEP_ON;
@@ -248,7 +248,7 @@ static STEP pass_qualifier_value(PLACE *place, const CLI_PARAMETER *value)
     return STEP_END;
 }
 
-static STEP pass_qualifier(PLACE *place)
+static COMPLETION_STEP pass_qualifier(PLACE *place)
 {
     bool is_ambiguous;
     place->parse.cursor++; // the slash
@@ -259,7 +259,7 @@ static STEP pass_qualifier(PLACE *place)
 }
 
 /** Passes what stands at the cursor, or ends there. */
-static STEP pass_step(PLACE *place)
+static COMPLETION_STEP pass_step(PLACE *place)
 {
     CLI_SkipBlanks(&place->parse);
     place->start = place->parse.cursor;

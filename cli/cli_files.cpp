@@ -16,20 +16,20 @@
 
 enum SOURCE_KIND { SOURCE_CONSOLE, SOURCE_FILE, SOURCE_STORED };
 
-struct SOURCE {
+struct INPUT_SOURCE {
     SOURCE_KIND kind;
     FILE *file;                  // SOURCE_FILE
     HOST_FILE_IDENTITY identity; // of the file; zeros are no file's
     char name[80];               // of the file, as given, cut to fit
     char *command;               // SOURCE_STORED; owned
     bool is_quiet;               // SOURCE_FILE: lines are not echoed
-    SOURCE *previous;            // the source underneath
+    INPUT_SOURCE *previous;      // the source underneath
 };
 
 static constexpr const char *file_extension = ".com";
 static constexpr char substitute = '\x1a'; // for a zero byte, which would hide the rest of its line
 
-static SOURCE *sources; // the top of the stack
+static INPUT_SOURCE *sources; // the top of the stack
 static bool is_running;
 static int32_t failed_commands;
 static bool has_failed; // the command under way
@@ -38,9 +38,10 @@ static void *line_reader_context;
 
 // --- the stack ---
 
-static SOURCE *push_source(SOURCE_KIND kind)
+static INPUT_SOURCE *push_source(SOURCE_KIND kind)
 {
-    auto *source = static_cast<SOURCE *>(SH_AllocateRecord(sizeof(SOURCE), "CLI:SOURCE"));
+    auto *source =
+        static_cast<INPUT_SOURCE *>(SH_AllocateRecord(sizeof(INPUT_SOURCE), "CLI:INPUT_SOURCE"));
     source->kind = kind;
     source->previous = sources;
     sources = source;
@@ -49,7 +50,7 @@ static SOURCE *push_source(SOURCE_KIND kind)
 
 static void pop_source()
 {
-    SOURCE *source = sources;
+    INPUT_SOURCE *source = sources;
     sources = source->previous;
     if (source->file != nullptr) F_CloseFile(source->file);
     ST_Free(source->command);
@@ -197,7 +198,7 @@ static bool is_same(const HOST_FILE_IDENTITY &one, const HOST_FILE_IDENTITY &oth
 
 static bool is_being_read(const HOST_FILE_IDENTITY &identity)
 {
-    const SOURCE *source = sources;
+    const INPUT_SOURCE *source = sources;
     while (source != nullptr && !is_same(source->identity, identity))
         source = source->previous;
     return source != nullptr;
@@ -222,7 +223,7 @@ int32_t CLI_DoCommandFile(const char *name, int32_t quiet)
     FILE *stream = open_file(opened, &identity);
     if (stream == nullptr) stream = open_file(opened = extended, &identity);
     if (stream == nullptr) return 0;
-    SOURCE *source = push_source(SOURCE_FILE);
+    INPUT_SOURCE *source = push_source(SOURCE_FILE);
     source->file = stream;
     source->identity = identity;
     source->is_quiet = quiet != 0;

@@ -235,14 +235,14 @@ struct WALK {
     bool is_strict;
 };
 
-enum STEP {
+enum PARSE_STEP {
     STEP_ON,      // the walk goes on
     STEP_END,     // what is left is not for this walk
     STEP_HELPED,  // help was shown in place of a command
     STEP_REFUSED, // and reported
 };
 
-static STEP on_or_refused(bool is_good)
+static PARSE_STEP on_or_refused(bool is_good)
 {
     return is_good ? STEP_ON : STEP_REFUSED;
 }
@@ -264,13 +264,13 @@ static void enter_node(WALK *walk, CLI_NODE *node)
         CLI_EmptyText(parameter, walk->parse->capacity);
 }
 
-static STEP show_help(const WALK *walk)
+static PARSE_STEP show_help(const WALK *walk)
 {
     CLI_Help(walk->node);
     return STEP_HELPED;
 }
 
-static STEP take_command(WALK *walk)
+static PARSE_STEP take_command(WALK *walk)
 {
     char word[CLI_NAME_SIZE];
     if (!take_field(walk->parse, word, CLI_NAME_SIZE, CLI_COMMAND_END)) {
@@ -285,7 +285,7 @@ static STEP take_command(WALK *walk)
 }
 
 /** An optional parameter whose field does not fit stays empty, and is checked like any other. */
-static STEP take_parameter(WALK *walk)
+static PARSE_STEP take_parameter(WALK *walk)
 {
     CLI_PARAMETER *parameter = walk->next_parameter;
     walk->next_parameter = parameter->next;
@@ -309,7 +309,7 @@ static bool take_qualifier_value(CLI_PARAMETER *value, CLI_PARSE *parse)
     return CLI_CheckValue(value, parse);
 }
 
-static STEP take_qualifier(WALK *walk)
+static PARSE_STEP take_qualifier(WALK *walk)
 {
     char word[CLI_NAME_SIZE];
     walk->parse->cursor++; // the slash
@@ -323,7 +323,7 @@ static STEP take_qualifier(WALK *walk)
 }
 
 /** Takes what stands at the cursor, which is not blank. */
-static STEP take_step(WALK *walk)
+static PARSE_STEP take_step(WALK *walk)
 {
     if (*walk->parse->cursor == '?') return show_help(walk);
     if (*walk->parse->cursor == '/') return take_qualifier(walk);
@@ -334,9 +334,9 @@ static STEP take_step(WALK *walk)
     return STEP_REFUSED;
 }
 
-static STEP walk_line(WALK *walk)
+static PARSE_STEP walk_line(WALK *walk)
 {
-    STEP step = STEP_ON;
+    PARSE_STEP step = STEP_ON;
     while (step == STEP_ON) {
         CLI_SkipBlanks(walk->parse);
         step = *walk->parse->cursor == 0 ? STEP_END : take_step(walk);
@@ -415,7 +415,7 @@ CLI_OUTCOME CLI_ParseLine(CLI_NODE *root, CLI_PARSE *parse, bool is_strict, CLI_
 {
     WALK walk = { .parse = parse, .node = root, .next_parameter = nullptr, .is_strict = is_strict };
     enter_node(&walk, root);
-    const STEP step = walk_line(&walk);
+    const PARSE_STEP step = walk_line(&walk);
     if (step == STEP_HELPED) return CLI_NOTHING;
     if (step == STEP_REFUSED) return CLI_REFUSED;
     const CLI_OUTCOME outcome = finish_line(&walk, root);
