@@ -11,7 +11,7 @@ struct ModuleContents {
     std::vector<int> code;
     std::vector<int> static_offsets;
     std::vector<std::string> symbols; // "class name type value"
-    std::vector<std::string> frames;  // "name class size line", "  name type flags dimension offset"
+    std::vector<std::string> frames; // "name class size line", "  name type flags dimension offset"
     uint32_t flags = 0;
     int32_t static_size = 0;
 };
