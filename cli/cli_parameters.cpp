@@ -6,6 +6,7 @@
 #include "core/sm.h"
 #include "core/st.h"
 
+#include <cstdlib>
 #include <cstring>
 
 static CLI_NODE *current_command;
@@ -27,7 +28,10 @@ CLI_NODE *CLI_ResetCommand()
 static const CLI_PARAMETER *take_parameter(const char *complaint)
 {
     const CLI_PARAMETER *parameter = next_parameter;
-    if (parameter == nullptr) SM_FatalError(complaint);
+    if (parameter == nullptr) {
+        SM_FatalError(complaint);
+        std::abort(); // which the fatal path never comes to
+    }
     next_parameter = parameter->next;
     return parameter;
 }
