@@ -6,6 +6,7 @@
 #include <ostrum.h>
 
 #include "scratch_file.h"
+#include "tools/pkob.h"
 
 namespace
 {
@@ -71,15 +72,45 @@ void read_all(KOB_MODULE *module)
     read_code(module);
 }
 
+void read_item(const PKOB_ITEM &item)
+{
+    for (const PKOB_VALUE &value : item.values) {
+        for (const char c : value.text)
+            sink = sink + static_cast<size_t>(c);
+        if (value.kind == PKOB_QUANTITY)
+            sink = sink + pkob_quantity_text(value.quantity, value.number).size();
+    }
+    for (int32_t i = 0; i < item.sample_count; i++)
+        sink = sink + item.samples[i];
+    for (const PKOB_ITEM &inner : item.items)
+        read_item(inner);
+}
+
+/** The module as the lister sees it, with its data sections. */
+void read_as_lister(KOB_MODULE *handle)
+{
+    PKOB_MODULE module = {};
+    module.file_name = "input.kob";
+    module.handle = handle;
+    module.codes = EEP_NewModule();
+    pkob_load(&module);
+    for (const PKOB_ITEM &section : pkob_read_data(module).sections)
+        read_item(section);
+    EEP_DelModule(module.codes);
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     KOB_Initialise();
+    EEP_Initialise();
+    EUC_Initialise();
     write_scratch_file("input.kob", data, size);
     KOB_MODULE *module = nullptr;
     if (KOB_OpenModule(&module, "input.kob") != 0) return 0;
     read_all(module);
+    read_as_lister(module);
     KOB_CloseModule(module, 0, 1);
     return 0;
 }
