@@ -586,6 +586,8 @@ void take_help_screen(READER *reader)
     PKOB_ITEM help = new_item("", 0); // for the next item
     while (is_sound(*reader)) {
         int32_t place = reader->at;
+        // A screen whose END stands among its items has no word that ends it; fewer bytes are padding.
+        if (reader->limit - place < 4 && help.values.empty()) return;
         uint32_t word = take(reader, 4);
         uint32_t code = word >> 28;
         if (!is_sound(*reader) || (word == 0 && help.values.empty())) return;

@@ -5,11 +5,11 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <initializer_list>
 #include <sys/stat.h>
-#include <unistd.h>
+
+#include "output_files.h"
 
 namespace
 {
@@ -387,40 +387,6 @@ std::string file_name(const PKOB_MODULE &module, const PKOB_ITEM &section)
     return result + ".svg";
 }
 
-/** Gives a file the rights that a new file has here. */
-void take_rights(int file)
-{
-    mode_t mask = umask(0);
-    umask(mask);
-    fchmod(file, 0666 & ~mask);
-}
-
-bool write_text(int descriptor, const std::string &text)
-{
-    FILE *file = fdopen(descriptor, "wb");
-    if (file == nullptr) {
-        close(descriptor);
-        return false;
-    }
-    bool is_written = fwrite(text.data(), 1, text.size(), file) == text.size();
-    return fclose(file) == 0 && is_written;
-}
-
-/** Writes a file beside its place and moves it there once it is whole. */
-std::string write_file(const std::string &directory, const std::string &name,
-                       const std::string &text)
-{
-    std::string made = directory + "/.pkob-XXXXXX";
-    std::string path = directory + "/" + name;
-    int descriptor = mkstemp(made.data());
-    if (descriptor < 0) return directory + ": " + strerror(errno);
-    take_rights(descriptor);
-    if (write_text(descriptor, text) && rename(made.c_str(), path.c_str()) == 0) return "";
-    std::string problem = path + ": " + strerror(errno);
-    unlink(made.c_str());
-    return problem;
-}
-
 } // namespace
 
 std::string pkob_draw(const PKOB_MODULE &module, const PKOB_DATA &data, const char *directory)
@@ -431,8 +397,9 @@ std::string pkob_draw(const PKOB_MODULE &module, const PKOB_DATA &data, const ch
         bool is_waveform = strcmp(section.kind, "WAVEFORM") == 0;
         if (!section.is_whole || (!is_waveform && strcmp(section.kind, "CONNECTOR") != 0)) continue;
         std::string text = is_waveform ? draw_waveform(section) : draw_connector(section);
-        std::string problem = write_file(directory, file_name(module, section), text);
-        if (!problem.empty()) return problem;
+        std::string path = std::string(directory) + "/" + file_name(module, section);
+        std::string problem = replace_file(path, text, {});
+        if (!problem.empty()) return path + ": " + problem;
     }
     return "";
 }

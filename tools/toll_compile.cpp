@@ -10,10 +10,10 @@
 
 #include <ostrum.h>
 
+#include "output_files.h"
 #include "toll_dependencies.h"
 #include "toll_diagnostics.h"
 #include "toll_jobs.h"
-#include "toll_output.h"
 #include "toll_tree_graph.h"
 
 namespace
@@ -189,7 +189,7 @@ bool is_source(const COMPILATION &compilation, const DESTINATION &destination)
 }
 
 /** Runs the generator of one target. */
-int32_t run_generator(const COMPILATION &compilation, const TOLL_OUTPUT &output, TOLL_TARGET target)
+int32_t run_generator(const COMPILATION &compilation, const OUTPUT &output, TOLL_TARGET target)
 {
     const uint32_t flags = compilation.options->compile_flags;
     switch (target) {
@@ -212,7 +212,7 @@ int32_t run_generator(const COMPILATION &compilation, const TOLL_OUTPUT &output,
 }
 
 /** Runs one generator into an open output; true if what it wrote is complete. */
-bool generate(const COMPILATION &compilation, const TOLL_OUTPUT &output, TOLL_TARGET target)
+bool generate(const COMPILATION &compilation, const OUTPUT &output, TOLL_TARGET target)
 {
     const int32_t errors_before = error_count();
     const int32_t result = run_generator(compilation, output, target);
@@ -234,7 +234,7 @@ bool is_expressed(const COMPILATION &compilation, TOLL_TARGET target)
 }
 
 /** Generates all targets; false if the files are not to be used. is_whole tells whether all came out. */
-bool generate_all(const COMPILATION &compilation, const TOLL_OUTPUT &output, bool *is_whole)
+bool generate_all(const COMPILATION &compilation, const OUTPUT &output, bool *is_whole)
 {
     *is_whole = true;
     for (const TOLL_TARGET target : { TOLL_TARGET_KOB, TOLL_TARGET_C, TOLL_TARGET_JAVA }) {
@@ -248,7 +248,7 @@ bool generate_all(const COMPILATION &compilation, const TOLL_OUTPUT &output, boo
 bool write_module(const COMPILATION &compilation)
 {
     const DESTINATION destination = find_destination(compilation);
-    TOLL_OUTPUT output = {};
+    OUTPUT output = {};
     std::string problem = is_source(compilation, destination)
                               ? "Output is a source of this module"
                               : open_output(destination.target, destination.extensions, &output);

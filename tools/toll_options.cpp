@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "toll_output.h"
+#include "output_files.h"
 
 namespace
 {

@@ -4,7 +4,7 @@
 #include <vector>
 
 /** One file of an output. */
-struct TOLL_FILE {
+struct OUTPUT_FILE {
     std::string made; // name of the file that generation makes
     std::string name; // name that it gets beside the target
 };
@@ -15,17 +15,17 @@ struct TOLL_FILE {
  * The working directory is the temporary one while an output is open: the path that the library
  * gets is then just a name, however long the target's path is.
  */
-struct TOLL_OUTPUT {
+struct OUTPUT {
     std::string target; // path as the user named it, with '/' between its components
     std::string base;   // last component of target
-    std::vector<TOLL_FILE> files;
+    std::vector<OUTPUT_FILE> files;
     int home_directory;    // descriptor of the working directory before
     int target_directory;  // descriptor of the directory that target lies in
     std::string directory; // temporary directory, relative to target_directory
 };
 
 /** Files of one output at most. */
-constexpr size_t toll_file_limit = 4;
+constexpr size_t output_file_limit = 4;
 
 /**
  * Makes the temporary directory for an output and enters it.
@@ -36,14 +36,14 @@ constexpr size_t toll_file_limit = 4;
  * @return            empty, or what is wrong; then nothing is left open
  */
 std::string open_output(const std::string &target, const std::vector<std::string> &extensions,
-                        TOLL_OUTPUT *output);
+                        OUTPUT *output);
 
 /**
  * Puts the finished files in their places, and closes the output.
  *
  * @return  empty, or what is wrong; then all are as they were before
  */
-std::string publish_output(TOLL_OUTPUT *output);
+std::string publish_output(OUTPUT *output);
 
 /**
  * Sees that a Java class is written where its directory has the name of its package, while an
@@ -57,7 +57,7 @@ std::string enter_package();
 void leave_package(const std::string &path, const std::string &made);
 
 /** Drops what was written, and closes the output. All files are as they were before. */
-void discard_output(TOLL_OUTPUT *output);
+void discard_output(OUTPUT *output);
 
 /**
  * Replaces a file by a text in one step.

@@ -1,7 +1,7 @@
-// Output files of toll: made beside their target, then renamed, so that the older file stays whole
+// Output files of the tools: made beside their target, then renamed, so that the older file stays whole
 // until the new one is complete.
 
-#include "toll_output.h"
+#include "output_files.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -22,7 +22,7 @@ struct LEFTOVER {
     volatile bool is_open;
     int target_directory;
     char directory[64];
-    char made[toll_file_limit][256];
+    char made[output_file_limit][256];
 } leftover;
 
 void drop_leftover(int32_t, intptr_t)
@@ -35,13 +35,13 @@ void drop_leftover(int32_t, intptr_t)
     leftover.is_open = false;
 }
 
-void note_leftover(const TOLL_OUTPUT &output)
+void note_leftover(const OUTPUT &output)
 {
     static bool is_listed = false;
     if (!is_listed) SM_AtExit(drop_leftover, 0);
     is_listed = true;
     ST_Copy(leftover.directory, sizeof leftover.directory, output.directory.c_str());
-    for (size_t at = 0; at < toll_file_limit; at++) {
+    for (size_t at = 0; at < output_file_limit; at++) {
         const char *made = at < output.files.size() ? output.files[at].made.c_str() : "";
         ST_Copy(leftover.made[at], sizeof leftover.made[at], made);
     }
@@ -55,7 +55,7 @@ std::string last_error()
 }
 
 /** Leaves the temporary directory, removes it, and closes the descriptors. */
-void close_output(TOLL_OUTPUT *output)
+void close_output(OUTPUT *output)
 {
     leftover.is_open = false;
     if (fchdir(output->home_directory) != 0) {
@@ -69,7 +69,7 @@ void close_output(TOLL_OUTPUT *output)
 
 /** Splits the path in directory and name, and names the files. */
 void take_names(const std::string &target, const std::vector<std::string> &extensions,
-                TOLL_OUTPUT *output, std::string *directory)
+                OUTPUT *output, std::string *directory)
 {
     output->target = target;
     for (char &c : output->target) {
@@ -88,11 +88,11 @@ void take_names(const std::string &target, const std::vector<std::string> &exten
 }
 
 /** What stands in the way of files of these names, if anything. */
-std::string refuse_target(const TOLL_OUTPUT &output)
+std::string refuse_target(const OUTPUT &output)
 {
     struct stat status = {};
     if (output.base.empty()) return "Is a directory";
-    for (const TOLL_FILE &file : output.files) {
+    for (const OUTPUT_FILE &file : output.files) {
         if (file.made.size() >= sizeof leftover.made[0]) return "File name too long";
         if (fstatat(output.target_directory, file.name.c_str(), &status, 0) != 0) continue;
         if (!S_ISREG(status.st_mode)) return "Not a regular file";
@@ -101,7 +101,7 @@ std::string refuse_target(const TOLL_OUTPUT &output)
 }
 
 /** Makes a directory of a name of its own in target_directory, and enters it. */
-bool enter_temporary_directory(TOLL_OUTPUT *output)
+bool enter_temporary_directory(OUTPUT *output)
 {
     if (fchdir(output->target_directory) != 0) return false;
     char name[] = ".toll-XXXXXX";
@@ -113,7 +113,7 @@ bool enter_temporary_directory(TOLL_OUTPUT *output)
 }
 
 /** Gives a new file the rights of the one that it replaces, or those that a new file has here. */
-void take_rights(const TOLL_OUTPUT &output, const TOLL_FILE &file)
+void take_rights(const OUTPUT &output, const OUTPUT_FILE &file)
 {
     struct stat status = {};
     mode_t rights = 0;
@@ -133,7 +133,7 @@ std::string old_name(size_t at)
 }
 
 /** Keeps a second name for each file that is about to be replaced, if there is more than one. */
-void keep_old(const TOLL_OUTPUT &output)
+void keep_old(const OUTPUT &output)
 {
     if (output.files.size() < 2) return;
     for (size_t at = 0; at < output.files.size(); at++) {
@@ -143,7 +143,7 @@ void keep_old(const TOLL_OUTPUT &output)
 }
 
 /** Puts back what stood in the places of the first count files. */
-void restore_old(const TOLL_OUTPUT &output, size_t count)
+void restore_old(const OUTPUT &output, size_t count)
 {
     for (size_t at = 0; at < count; at++) {
         const char *name = output.files[at].name.c_str();
@@ -154,7 +154,7 @@ void restore_old(const TOLL_OUTPUT &output, size_t count)
 }
 
 /** Writes a text into an open output; empty, or what is wrong. */
-std::string write_text(const std::string &text, const TOLL_OUTPUT &output)
+std::string write_text(const std::string &text, const OUTPUT &output)
 {
     FILE *file = fopen(output.files[0].made.c_str(), "wb");
     if (file == nullptr) return "Cannot be written";
@@ -162,7 +162,7 @@ std::string write_text(const std::string &text, const TOLL_OUTPUT &output)
     return fclose(file) == 0 && is_whole ? "" : "Cannot be written";
 }
 
-void drop_made(const TOLL_OUTPUT &output)
+void drop_made(const OUTPUT &output)
 {
     for (size_t at = 0; at < output.files.size(); at++) {
         unlink(output.files[at].made.c_str());
@@ -173,7 +173,7 @@ void drop_made(const TOLL_OUTPUT &output)
 } // namespace
 
 std::string open_output(const std::string &target, const std::vector<std::string> &extensions,
-                        TOLL_OUTPUT *output)
+                        OUTPUT *output)
 {
     std::string directory;
     take_names(target, extensions, output, &directory);
@@ -194,12 +194,12 @@ std::string open_output(const std::string &target, const std::vector<std::string
     return "";
 }
 
-std::string publish_output(TOLL_OUTPUT *output)
+std::string publish_output(OUTPUT *output)
 {
     std::string problem;
     keep_old(*output);
     for (size_t at = 0; at < output->files.size() && problem.empty(); at++) {
-        const TOLL_FILE &file = output->files[at];
+        const OUTPUT_FILE &file = output->files[at];
         take_rights(*output, file);
         const char *name = file.name.c_str();
         if (renameat(AT_FDCWD, file.made.c_str(), output->target_directory, name) == 0) continue;
@@ -233,7 +233,7 @@ void leave_package(const std::string &path, const std::string &made)
     rmdir("halvorn");
 }
 
-void discard_output(TOLL_OUTPUT *output)
+void discard_output(OUTPUT *output)
 {
     drop_made(*output);
     close_output(output);
@@ -245,7 +245,7 @@ std::string replace_file(const std::string &target, const std::string &text,
     for (const std::string &path : used) {
         if (same_file(path, target)) return "Output is a source or a module";
     }
-    TOLL_OUTPUT output = {};
+    OUTPUT output = {};
     std::string problem = open_output(target, {}, &output);
     if (!problem.empty()) return problem;
     problem = write_text(text, output);
