@@ -140,6 +140,8 @@ done
 "$toll" -j 4 --tree-graph=trees.gv quiz.tl good.tl other.tl
 is grep -q Ask trees.gv
 expect 1 "Output is a source" "$toll" -j 4 --tree-graph=quiz.tl good.tl quiz.tl
+timeout 20 env --ignore-signal=CHLD "$toll" -j 2 -n good.tl quiz.tl other.tl
+is [ $? -eq 0 ]
 mkdir all
 expect 0 "" "$toll" -j 2 -o all good.tl other.tl
 is [ -s all/good.kob ] && is [ -s all/other.kob ]

@@ -3,6 +3,7 @@
 #include "toll_jobs.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <sys/wait.h>
@@ -115,11 +116,14 @@ void take_job(const JOBS &jobs, size_t number, JOB *job)
 void wait_for_job(std::vector<JOB> *jobs)
 {
     const pid_t process = waitpid(-1, nullptr, 0);
-    if (process <= 0) return; // a signal came
+    // Where the caller had the ends of processes ignored, nothing is told but that none is left.
+    const bool is_none_left = process < 0 && errno == ECHILD;
+    if (process <= 0 && !is_none_left) return; // a signal came
     replace_running(process, 0);
     for (JOB &job : *jobs) {
-        if (job.process == process) job.has_ended = true;
+        if (is_none_left || job.process == process) job.has_ended = true;
     }
+    if (is_none_left) std::fill(running.begin(), running.end(), 0);
 }
 
 } // namespace
