@@ -399,7 +399,7 @@ std::string pkob_draw(const PKOB_MODULE &module, const PKOB_DATA &data, const ch
         std::string text = is_waveform ? draw_waveform(section) : draw_connector(section);
         std::string path = std::string(directory) + "/" + file_name(module, section);
         std::string problem = replace_file(path, text, {});
-        if (!problem.empty()) return path + ": " + problem;
+        if (!problem.empty()) return path.append(": ").append(problem);
     }
     return "";
 }
