@@ -145,8 +145,13 @@ static bool fits_line(const char *line, int32_t length)
 
 static bool read_console(const char *prompt, char *line)
 {
-    std::printf("\n");
-    const int32_t length = CLI_ReadTyped(prompt, line, CLI_LINE_SIZE);
+    // The empty line in front is the prompt's, for a line reader to show or to leave out.
+    IST_STRING *shown = IST_NewString();
+    IST_AppendChar(shown, '\n');
+    IST_Append(shown, prompt);
+    char *text = IST_GetString(shown);
+    const int32_t length = CLI_ReadTyped(text, line, CLI_LINE_SIZE);
+    ST_Free(text);
     if (length >= 0) return fits_line(line, length);
     pop_source();
     return false;

@@ -272,9 +272,10 @@ TEST_F(CommandFiles, LinesFromAReader)
                     std::min<size_t>(first.size() + 1, static_cast<size_t>(size)));
         return static_cast<int32_t>(first.size()); // a line that was cut has no terminator
     });
-    EXPECT_EQ(commands(root), "\n<SAY|answer>\n\n** Too long (max 254 chars)\n\n"
-                              "** Too long (max 8 chars)\n<NOTE|-|/TO>\n\n");
-    EXPECT_EQ(prompts, "> |What = |> |> |Text(Optional) = |Text(Optional) = |/TO(Optional) = |> |");
+    EXPECT_EQ(commands(root), "<SAY|answer>\n** Too long (max 254 chars)\n"
+                              "** Too long (max 8 chars)\n<NOTE|-|/TO>\n");
+    EXPECT_EQ(prompts,
+              "\n> |What = |\n> |\n> |Text(Optional) = |Text(Optional) = |/TO(Optional) = |\n> |");
     CLI_SetLineReader(nullptr, nullptr);
     EXPECT_EQ(commands(root), "\n> <SAY|typed>\n\n> ");
 }

@@ -312,13 +312,13 @@ TEST_F(CommandParsing, CompletionOfAnswers)
     tree = root;
     found.clear();
     CLI_SetLineReader(nullptr, [](void *, const char *prompt, char *line, int32_t) -> int32_t {
-        const bool is_command = std::string(prompt) == "> ";
+        const bool is_command = std::string(prompt) == "\n> ";
         if (is_command && !found.empty()) return -1;
         std::snprintf(line, 10, "%s", is_command ? "SET MODE" : "auto");
         if (!is_command) found = prompt + completions(tree, "au");
         return is_command ? 8 : 4;
     });
-    EXPECT_EQ(commands(root), "\n<MODE|2>\n\n");
+    EXPECT_EQ(commands(root), "<MODE|2>\n");
     EXPECT_EQ(found, "Mode = 0 AUTO| AUTOMATIC|");
 }
 

@@ -40,7 +40,8 @@ OSTRUM_API int32_t TLC_TextErrors(const TLC_STREAM *stream);
  * Reads a line in place of standard input, with editing and a history for instance.
  *
  * @param context  the word given to CLI_SetLineReader
- * @param prompt   to be shown in front of the line; valid during the call
+ * @param prompt   to be shown in front of the line; that of a command begins with a line end; valid
+ *                 during the call
  * @param line     out: size bytes; the line without its line end, cut to fit, terminated
  * @param size     capacity of line in bytes
  * @return         length of the whole line, also of one that was cut; -1 at the end of the input
