@@ -125,10 +125,11 @@ static char *join(const char *a, const char *b, const char *c, const char *d)
     return IST_GetString(text);
 }
 
-/** Behind a directory stands the separator that its path has already. */
+/** Behind a directory stands the separator that its path has already, the host's if it has none. */
 static const char *separator_of(const char *directory)
 {
-    return std::strchr(directory, '/') != nullptr ? "/" : "\\";
+    const bool has_other = std::strchr(directory, '\\') != nullptr;
+    return has_other && std::strchr(directory, '/') == nullptr ? "\\" : "/";
 }
 
 static int32_t offer_file(void *context, const char *, const char *name, int32_t is_directory)

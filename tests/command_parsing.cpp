@@ -285,12 +285,12 @@ TEST_F(CommandParsing, CompletionOfFiles)
     const struct {
         std::string line, found;
     } cases[] = {
-        { "LOAD A", "5 \"a b.kob\"|  a.kob|  ab.kob|  \"a dir\\| adir\\|" },
+        { "LOAD A", "5 \"a b.kob\"|  a.kob|  ab.kob|  \"a dir/| \"adir/|" },
         { "LOAD ab", "5 ab.kob| " },
         { "LOAD adir\\", "5 adir\\in.kob| " },
         { "LOAD \"adir/i", "5 \"adir/in.kob\"| " },
         { "LOAD x y.kob,ab", "7 y.kob,ab.kob|" },
-        { "LOAD x \"y, a ", "7 \"y, a b.kob\"| \"y, a dir\\|" },
+        { "LOAD x \"y, a ", "7 \"y, a b.kob\"| \"y, a dir/|" },
         { "LOAD q", "5 \"q\"\"x.kob\"| " },
         { "LOAD \"x\"(,ab", "8  \"(,ab.kob\"|" }, // apart from the quote in front
         { "LOAD " + deep + "\\", "" },
