@@ -29,7 +29,7 @@ foreach(section 1 3 5)
   endif()
   install(FILES ${pages} DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section} COMPONENT ${component})
 endforeach()
-foreach(tool ${OSTRUM_TOOLS})
+foreach(tool toll pkob ostrum)
   install(FILES tools/completion/${tool}.bash RENAME ${tool}
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT tools)
   install(FILES tools/completion/_${tool} DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions

@@ -21,10 +21,8 @@ cmake -S "$source/tests/install" -B "$scratch/build" -DCMAKE_PREFIX_PATH="$scrat
 cmake --build "$scratch/build" >/dev/null
 "$scratch/build/client"
 
-"$scratch/usr/bin/toll" --version | grep -q '^toll '
-"$scratch/usr/bin/pkob" --version | grep -q '^pkob '
-
-for tool in toll pkob; do
+for tool in toll pkob ostrum; do
+    "$scratch/usr/bin/$tool" --version | grep -q "^$tool "
     test -s "$scratch/usr/share/man/man1/$tool.1"
     test -s "$scratch/usr/share/bash-completion/completions/$tool"
 done

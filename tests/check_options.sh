@@ -21,7 +21,7 @@ options() { grep -oE -- "(^|[^-A-Za-z0-9])--?[A-Za-z][A-Za-z-]*" | grep -oE -- "
 # In the page an option is the argument of Fl, without its first stroke.
 grep -E '^\.It Fl ' "$page" | sed -E 's/^\.It //; s/Op Fl/Fl/; s/ , / Fl /g; s/(Ns|Ar|Cm|Op).*(Fl [A-Z]|$)/ \2/' |
     grep -oE '(Fl) [A-Za-z-]+' | sed 's/Fl /-/' | sort -u >"$scratch/page"
-sed -n "/compgen -W '-/,/' --/p" "$completion/$name.bash" | sed "s/.*-W '//; s/' --.*//" | options >"$scratch/bash"
+sed -n "/compgen -W '-/{:more; /' --/!{N; b more;}; s/.*-W '//; s/' --.*//; p}" "$completion/$name.bash" | options >"$scratch/bash"
 grep -E "^    '[(*-]" "$completion/_$name" | sed -E "s/^    ('\(-.*\)'|'\*')\{/{/; s/\[.*//; s/[{},+=*']/ /g" |
     grep -v '^ *:' | sed 's/^ *(- [^)]*)/ /' | options >"$scratch/zsh"
 for place in page bash zsh; do

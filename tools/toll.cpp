@@ -21,6 +21,7 @@ int main(int argument_count, char **arguments)
         break;
     }
     const int status = compile_all(options);
+    TLP_CleanUp();
     // Listings that could not be written are an output that could not be written.
     return fflush(stdout) == 0 ? status : 1;
 }

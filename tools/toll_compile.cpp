@@ -284,9 +284,14 @@ bool write_dependencies(const COMPILATION &compilation)
 /** Keeps the graphs of a module, and which files belong to it. */
 void note_graphs(const COMPILATION &compilation, RESULT *result)
 {
-    result->graphs += tree_graphs(compilation.module, compilation.sections);
+    const TOLL_OPTIONS &options = *compilation.options;
+    const auto write_trees = options.outlines_trees ? tree_outlines : tree_graphs;
+    result->graphs +=
+        write_trees(compilation.module, options.tree.empty()
+                                            ? compilation.sections
+                                            : sections_named(compilation.sections, options.tree));
     result->used.insert(result->used.end(), compilation.opened.begin(), compilation.opened.end());
-    if (compilation.options->check_only) return;
+    if (options.check_only) return;
     for (const std::string &path : output_paths(find_destination(compilation)))
         result->used.push_back(path);
 }
@@ -314,6 +319,10 @@ bool write_graphs(const TOLL_OPTIONS &options, const RESULT &result)
 {
     if (!options.draw_trees) return true;
     const std::string &text = result.graphs;
+    if (text.empty() && !options.tree.empty()) {
+        report_problem(options.sources.back(), "No tree " + options.tree);
+        return false;
+    }
     if (options.graph_output.empty())
         return fwrite(text.data(), 1, text.size(), stdout) == text.size();
     const std::string problem = replace_file(options.graph_output, text, result.used);
@@ -381,6 +390,16 @@ RESULT compile_sources(const TOLL_OPTIONS &options)
 
 } // namespace
 
+std::string module_path(const TOLL_OPTIONS &options)
+{
+    COMPILATION compilation = {};
+    compilation.options = &options;
+    if (options.sources.empty() || options.check_only) return "";
+    compilation.source = options.sources.back();
+    if (!wants(compilation, TOLL_TARGET_KOB)) return "";
+    return output_paths(find_destination(compilation)).front();
+}
+
 int compile_all(const TOLL_OPTIONS &options)
 {
     TLCG_Initialise();
@@ -391,6 +410,6 @@ int compile_all(const TOLL_OPTIONS &options)
     const RESULT result = compile_sources(options);
     const bool is_done = result.is_done && write_graphs(options, result);
     finish_diagnostics(is_done);
-    TLP_CleanUp();
+    QUILLREG_SetExternalValueCallback(nullptr, nullptr);
     return is_done ? 0 : 1;
 }

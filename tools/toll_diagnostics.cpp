@@ -203,7 +203,8 @@ void start_diagnostics(TOLL_FORMAT format, TOLL_COLOR color)
 
 void finish_diagnostics(bool is_done)
 {
-    if (diagnostics.format == TOLL_FORMAT_SARIF) write_out(sarif_log(diagnostics.kept, is_done));
+    if (diagnostics.format == TOLL_FORMAT_SARIF)
+        write_out(sarif_log(take_kept_messages(), is_done));
 }
 
 void set_source_in_hand(const std::string &file)

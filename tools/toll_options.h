@@ -35,6 +35,8 @@ struct TOLL_OPTIONS {
     bool print_scopes = false;
     bool check_only = false;
     bool draw_trees = false;
+    bool outlines_trees = false;     // in words, not as graphs
+    std::string tree;                // the one wanted; empty: all
     std::string graph_output;        // of --tree-graph; empty: standard output
     bool lists_dependencies = false; // of -MD
     std::string dependency_output;   // of -MF; empty: beside the output

@@ -145,11 +145,8 @@ std::string edge_line(const EDGE &edge)
            ";\n";
 }
 
-std::string tree_graph(const std::string &name, TLS_BLOCK *tree)
+std::string dot_text(const std::string &name, const GRAPH &graph)
 {
-    GRAPH graph;
-    TLS_BlockTree(TLSS_PASS_NODES, &graph, tree);
-    TLS_BlockTree(TLSS_PASS_EDGES, &graph, tree);
     std::string text = "digraph " + quoted(name) + " {\n";
     for (const NODE &node : graph.nodes)
         text += node_line(node);
@@ -158,18 +155,68 @@ std::string tree_graph(const std::string &name, TLS_BLOCK *tree)
     return text + "}\n";
 }
 
-} // namespace
+/** The edges of one node together, in the order of the walk. */
+std::vector<std::vector<const EDGE *>> edges_by_node(const GRAPH &graph)
+{
+    std::vector<std::vector<const EDGE *>> edges(graph.nodes.size());
+    for (const EDGE &edge : graph.edges)
+        edges[edge.from->number].push_back(&edge);
+    return edges;
+}
 
-std::string tree_graphs(TLP_MODULE *module, const std::vector<TLP_SECTION *> &sections)
+std::string outline_text(const std::string &name, const GRAPH &graph)
+{
+    static constexpr const char *kinds[KIND_COUNT] = { "NODE", "SUBTREE", "LEAF" };
+    const auto edges = edges_by_node(graph);
+    std::string text = "TREE " + name + "\n";
+    for (const NODE &node : graph.nodes) {
+        const std::string expression = bare(node.expression);
+        text += std::string{ "  " } + kinds[node.kind] + " " + node.name;
+        text += (expression.empty() ? "" : "  " + expression) + "\n";
+        for (const EDGE *edge : edges[node.number])
+            text += "    " + edge->value + (edge->value.empty() ? "-> " : " -> ") + edge->to->name +
+                    "\n";
+    }
+    return text;
+}
+
+/** Walks each tree that has a body, and writes it in a form. */
+std::string write_trees(TLP_MODULE *module, const std::vector<TLP_SECTION *> &sections,
+                        std::string (*form)(const std::string &name, const GRAPH &graph))
 {
     std::string text;
     TLSS_SetCallbacks(&callbacks);
     for (TLP_SECTION *section : sections) {
         TLS_BLOCK *tree = TLP_SectionBlock(module, section);
         if (TLP_SectionType(section) != TLP_SECTION_TREE || tree == nullptr) continue;
-        const std::string name = TLP_ModuleName(module);
-        text += tree_graph(name + "." + TLP_SectionName(section), tree);
+        GRAPH graph;
+        TLS_BlockTree(TLSS_PASS_NODES, &graph, tree);
+        TLS_BlockTree(TLSS_PASS_EDGES, &graph, tree);
+        text += form(std::string{ TLP_ModuleName(module) } + "." + TLP_SectionName(section), graph);
     }
     TLSS_SetCallbacks(nullptr);
     return text;
+}
+
+} // namespace
+
+std::string tree_graphs(TLP_MODULE *module, const std::vector<TLP_SECTION *> &sections)
+{
+    return write_trees(module, sections, dot_text);
+}
+
+std::string tree_outlines(TLP_MODULE *module, const std::vector<TLP_SECTION *> &sections)
+{
+    return write_trees(module, sections, outline_text);
+}
+
+std::vector<TLP_SECTION *> sections_named(const std::vector<TLP_SECTION *> &sections,
+                                          const std::string &name)
+{
+    std::vector<TLP_SECTION *> named;
+    for (TLP_SECTION *section : sections) {
+        const char *own = TLP_SectionName(section);
+        if (own != nullptr && ST_CompareCI(own, name.c_str()) == 0) named.push_back(section);
+    }
+    return named;
 }

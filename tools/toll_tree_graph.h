@@ -15,3 +15,17 @@
  * @return          the text; empty if the module has no tree
  */
 std::string tree_graphs(TLP_MODULE *module, const std::vector<TLP_SECTION *> &sections);
+
+/**
+ * Writes the trees of a module as text for a person: each node with what it asks or gives, and below
+ * it where each value of a leg leads.
+ *
+ * @param module    the module, parsed without errors
+ * @param sections  its sections, in order
+ * @return          the text; empty if the module has no tree
+ */
+std::string tree_outlines(TLP_MODULE *module, const std::vector<TLP_SECTION *> &sections);
+
+/** Keeps those of the sections that have a name, in either case. */
+std::vector<TLP_SECTION *> sections_named(const std::vector<TLP_SECTION *> &sections,
+                                          const std::string &name);
