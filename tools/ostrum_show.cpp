@@ -21,6 +21,7 @@ void list(const PKOB_OPTIONS &options, const std::vector<std::string> &files)
         return;
     }
     std::vector<const char *> names;
+    names.reserve(files.size());
     for (const std::string &file : files)
         names.push_back(file.c_str());
     if (pkob_list(options, names) != 0) CLI_FailCommand();
