@@ -27,7 +27,8 @@ try 0 'GLOBAL +START +\$NO_START' 'compile thermistor.tl,no_start.tl/debug' 'sho
 [ -s thermistor.kob ] || complain "no thermistor.kob"
 try 0 '^    -> hold$' 'comp no_start.tl' 'sh tree battery_charge'
 try 1 'No tree lamp' 'comp no_start.tl' 'show tree lamp'
-try 0 '^  WAVEFORM HARNESS' 'comp harness.tl' 'show data'
+try 0 '^  WAVEFORM HARNESS' 'comp harness.tl' 'show data' 'show data Crank_Signal'
+try 1 'ostrum: harness.kob: no data section signal' 'comp harness.tl' 'show data signal'
 try 0 'SOURCE +CODE +no_start.tl' 'compile no_start.tl' 'list /symbols'
 try 0 'no_start.kob: GLOBAL' 'compile no_start.tl' 'search $no_*'
 try 0 'TREE NO_START.find_no_start' 'compile no_start.tl /debug' 'show frame'

@@ -14,7 +14,7 @@ int32_t add_file(void *files, const char *file)
     return 1;
 }
 
-void list(const PKOB_OPTIONS &options, const std::vector<std::string> &files)
+void list(PKOB_OPTIONS options, const std::vector<std::string> &files)
 {
     if (files.empty()) {
         ostrum_complain("No module in hand: name one, compile one, or SET MODULE");
@@ -24,6 +24,7 @@ void list(const PKOB_OPTIONS &options, const std::vector<std::string> &files)
     names.reserve(files.size());
     for (const std::string &file : files)
         names.push_back(file.c_str());
+    options.program = "ostrum";
     if (pkob_list(options, names) != 0) CLI_FailCommand();
 }
 

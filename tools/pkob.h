@@ -92,6 +92,7 @@ struct PKOB_INSTRUCTION {
 };
 
 struct PKOB_OPTIONS {
+    const char *program = "pkob";       // in front of messages
     uint32_t parts;                     // of PKOB_PART
     std::vector<const char *> symbols;  // names to show; empty: all
     std::vector<const char *> sections; // names of data sections to show; empty: all
@@ -123,6 +124,9 @@ const PKOB_BLOCK *pkob_block_at(const PKOB_MODULE &module, int32_t address);
 
 /** Text of a string constant at an address: up to limit bytes, null if there is no string. */
 const char *pkob_string_at(const PKOB_MODULE &module, int32_t address, int32_t *length);
+
+/** True if a symbol has the name wanted, in either case, with its module in front or without. */
+bool pkob_is_named(std::string_view name, std::string_view wanted);
 
 /** True if the options ask for a name. */
 bool pkob_is_wanted(const PKOB_OPTIONS &options, const char *name);

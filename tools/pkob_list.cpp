@@ -151,10 +151,11 @@ static const char *open_problem(const char *file_name)
     return size < header.size() ? "The module is cut short" : "The module is damaged";
 }
 
-static int complain(const char *file_name, const char *problem, const char *word)
+static int complain(const PKOB_OPTIONS &options, const char *file_name, const char *problem,
+                    const char *word)
 {
     fflush(stdout);
-    fprintf(stderr, "pkob: %s: %s%s\n", file_name, problem, word);
+    fprintf(stderr, "%s: %s: %s%s\n", options.program, file_name, problem, word);
     return STATUS_FAILED;
 }
 
@@ -165,11 +166,11 @@ static int check_symbols(const PKOB_MODULE &module, const PKOB_OPTIONS &options)
     for (const char *wanted : options.symbols) {
         bool is_there = false;
         for (const PKOB_SYMBOL &symbol : module.symbols)
-            is_there = is_there || strcmp(symbol.name, wanted) == 0;
+            is_there = is_there || pkob_is_named(symbol.name, wanted);
         if (options.parts == PKOB_FRAMES)
             for (const PKOB_FRAME &frame : module.frames)
-                is_there = is_there || strcmp(frame.name, wanted) == 0;
-        if (!is_there) status = complain(module.file_name, "no symbol ", wanted);
+                is_there = is_there || pkob_is_named(frame.name, wanted);
+        if (!is_there) status = complain(options, module.file_name, "no symbol ", wanted);
     }
     return status;
 }
@@ -179,14 +180,16 @@ static int choose_sections(const PKOB_MODULE &module, const PKOB_OPTIONS &option
 {
     int status = STATUS_DONE;
     if (options.sections.empty()) return status;
-    auto is_wanted = [&options](std::string_view name) {
-        return std::find(options.sections.begin(), options.sections.end(), name) !=
-               options.sections.end();
+    auto is_wanted = [&options](std::string_view symbol) {
+        return std::any_of(options.sections.begin(), options.sections.end(),
+                           [symbol](const char *wanted) { return pkob_is_named(symbol, wanted); });
     };
     for (const char *wanted : options.sections) {
-        auto has_name = [wanted](const PKOB_ITEM &section) { return section.symbol == wanted; };
+        auto has_name = [wanted](const PKOB_ITEM &section) {
+            return pkob_is_named(section.symbol, wanted);
+        };
         if (std::none_of(data->sections.begin(), data->sections.end(), has_name))
-            status = complain(module.file_name, "no data section ", wanted);
+            status = complain(options, module.file_name, "no data section ", wanted);
     }
     std::erase_if(data->sections, [&](const PKOB_ITEM &item) { return !is_wanted(item.symbol); });
     std::erase_if(data->problems, [&](const PKOB_PROBLEM &at) { return !is_wanted(at.symbol); });
@@ -194,12 +197,12 @@ static int choose_sections(const PKOB_MODULE &module, const PKOB_OPTIONS &option
 }
 
 /** Complains of records that are damaged. */
-static int check_data(const PKOB_MODULE &module, const PKOB_DATA &data)
+static int check_data(const PKOB_MODULE &module, const PKOB_OPTIONS &options, const PKOB_DATA &data)
 {
     for (const PKOB_PROBLEM &problem : data.problems) {
         char place[32];
         snprintf(place, sizeof place, " at %08" PRIx32 ": ", (uint32_t)problem.address);
-        complain(module.file_name, pkob_escaped(problem.symbol).c_str(),
+        complain(options, module.file_name, pkob_escaped(problem.symbol).c_str(),
                  (place + problem.text).c_str());
     }
     return data.problems.empty() ? STATUS_DONE : STATUS_FAILED;
@@ -215,10 +218,10 @@ static int show_module(const PKOB_MODULE &module, const PKOB_OPTIONS &options, i
     if (options.is_json && *listed > 0) printf(",\n");
     (options.is_json ? pkob_print_json : pkob_print_text)(module, data, options);
     ++*listed;
-    int status = check_data(module, data);
+    int status = check_data(module, options, data);
     if (options.drawing_directory == nullptr) return status;
     std::string problem = pkob_draw(module, data, options.drawing_directory);
-    return problem.empty() ? status : complain(module.file_name, problem.c_str(), "");
+    return problem.empty() ? status : complain(options, module.file_name, problem.c_str(), "");
 }
 
 static int list_module(PKOB_MODULE *module, const PKOB_OPTIONS &options, int *listed)
@@ -236,7 +239,7 @@ static int list_file(const char *file_name, const PKOB_OPTIONS &options, int *li
     PKOB_MODULE module = {};
     module.file_name = file_name;
     if (KOB_OpenModule(&module.handle, file_name) != KOB_SUCCESSFUL)
-        return complain(file_name, open_problem(file_name), "");
+        return complain(options, file_name, open_problem(file_name), "");
     int status = list_module(&module, options, listed);
     KOB_CloseModule(module.handle, 0, 1);
     return status;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <strings.h>
 
 // Records.
 
@@ -345,11 +346,19 @@ const char *pkob_string_at(const PKOB_MODULE &module, int32_t address, int32_t *
 
 // What is asked for.
 
+bool pkob_is_named(std::string_view name, std::string_view wanted)
+{
+    if (wanted.size() > name.size()) return false;
+    const size_t before = name.size() - wanted.size();
+    if (before > 0 && name[before - 1] != '.') return false;
+    return strncasecmp(name.data() + before, wanted.data(), wanted.size()) == 0;
+}
+
 bool pkob_is_wanted(const PKOB_OPTIONS &options, const char *name)
 {
     if (options.symbols.empty()) return true;
     for (const char *wanted : options.symbols)
-        if (strcmp(wanted, name) == 0) return true;
+        if (pkob_is_named(name, wanted)) return true;
     return false;
 }
 
