@@ -37,7 +37,12 @@ try 0 '' 'compile no_start.tl /target=c,java /output="deep/"'
 for file in NO_START.java no_start.c no_start.h; do
     [ -n "$(find deep -iname "$file")" ] || complain "no $file"
 done
-try 0 '^DEFINE +TUNED' 'set define TUNED' 'set include "deep"' 'compile variant_setup.tl' 'set show'
+try 0 'RET$' 'compile thermistor.tl' 'show symbol plausible'
+mkdir used && cp no_start.tl relay_test.tl tolerance.tl used && mv hardware.tl deep
+try 1 'Failed to USE' 'set directory "used"' 'compile no_start.tl'
+try 0 '^INCLUDE +../deep$' 'set directory used' 'set include "../deep"' 'compile no_start.tl' 'set show'
+mv deep/hardware.tl .
+try 0 'OUTPUTS' 'set define TUNED,WORKSHOP' 'compile variant_setup.tl' 'search *.outputs'
 
 # What was compiled before plays no part: the same source again, one with errors between.
 printf 'MODULE broken\nFUNCTION f\n  x := 1\n' >broken.tl

@@ -49,8 +49,9 @@ def check_editing(child):
 
 
 def check_interrupt(child):
-    child.send("nonsense\x03")
+    child.send("convert 9V\x03")
     child.expect_exact("ostrum> ")
+    assert "a count of" not in child.before, child.before
     type_line(child, "convert 2V", "2V")
     type_line(child, "\x1b[A", "convert 2V", "2V")
 
