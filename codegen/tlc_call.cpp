@@ -3,6 +3,7 @@
  */
 #include "codegen/tlc.h"
 #include "codegen/tlcc.h"
+#include "host/host.h"
 
 #include <cstdio>
 #include <ostrum/eep.h>
@@ -30,9 +31,9 @@ static const char *text_name(TLI_IDENTIFIER *function)
 static void start_c_call(TLC_STREAM *stream, TLI_IDENTIFIER *function, int32_t direct)
 {
     char name[TLCC_NAME_CAPACITY];
-    if (!direct) std::fputs("(*toll_called(", stream->file);
-    std::fputs(TLCC_Name(function, name), stream->file);
-    std::fputs(direct ? "(" : "))(", stream->file);
+    if (!direct) HOST_PutText(stream->file, "(*toll_called(");
+    HOST_PutText(stream->file, TLCC_Name(function, name));
+    HOST_PutText(stream->file, direct ? "(" : "))(");
 }
 
 void TLC_StartCall(TLC_STREAM *stream, TLI_IDENTIFIER *function, int32_t direct)
@@ -134,7 +135,7 @@ static int32_t call_value(TLC_STREAM *stream, TLI_IDENTIFIER *item)
 int32_t TLC_Call(TLC_STREAM *stream, TLI_IDENTIFIER *function, int32_t direct)
 {
     if (stream->target != TLC_TARGET_PCODE) {
-        std::fputc(')', stream->file);
+        HOST_PutChar(stream->file, ')');
         return 1;
     }
     if (!direct) return call_value(stream, function);

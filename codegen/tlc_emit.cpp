@@ -4,6 +4,7 @@
  */
 #include "codegen/tlc.h"
 #include "core/ifc.h"
+#include "host/host.h"
 
 #include <charconv>
 #include <cstdio>
@@ -208,20 +209,20 @@ static void put_character(FILE *file, int32_t target, unsigned char before, unsi
     } else if (character < ' ' || character == 127 || is_foreign) {
         std::fprintf(file, "\\%03o", character);
     } else {
-        std::fputc(character, file);
+        HOST_PutChar(file, character);
     }
 }
 
 static void put_string_text(TLC_STREAM *stream, const char *text)
 {
     unsigned char before = 0;
-    std::fputc('"', stream->file);
+    HOST_PutChar(stream->file, '"');
     for (; *text != 0; text++) {
         const unsigned char character = static_cast<unsigned char>(*text);
         put_character(stream->file, stream->target, before, character);
         before = character;
     }
-    std::fputc('"', stream->file);
+    HOST_PutChar(stream->file, '"');
 }
 
 /** Offset of a text in the string section, where it is put if it is new. */
@@ -321,7 +322,7 @@ static void put_symbol_text(TLC_STREAM *stream, int32_t symbol_class, const char
     if (form == FORM_UNKNOWN) TLC_Error(stream, "Unknown symbol class");
     if (form != FORM_FIELD) return;
     const bool is_c = stream->target == TLC_TARGET_C;
-    std::fputs(is_c ? TLC_CName(name, buffer) : name, stream->file);
+    HOST_PutText(stream->file, is_c ? TLC_CName(name, buffer) : name);
 }
 
 void TLC_Symbol(TLC_STREAM *stream, int32_t symbol_class, TLI_IDENTIFIER *type,

@@ -2,6 +2,7 @@
  * C text: names, and the declarations of types, variables, constants and functions.
  */
 #include "codegen/tlcc.h"
+#include "host/host.h"
 
 #include <cstdio>
 #include <cstring>
@@ -190,19 +191,19 @@ static void write_arguments(TLC_STREAM *stream, TLI_IDENTIFIER *function, const 
     int32_t index = 0;
     TLI_IDENTIFIER *argument;
     while ((argument = TLIV_GetFunctionArgument(function, index)) != nullptr) {
-        std::fputs(index == 0 ? first : other, file);
-        std::fputs(TLCC_TypeName(TLI_IdentifierType(argument)), file);
-        std::fputs(is_reference(argument) ? " *" : " ", file);
-        std::fputs(TLCC_Name(argument, name), file);
+        HOST_PutText(file, index == 0 ? first : other);
+        HOST_PutText(file, TLCC_TypeName(TLI_IdentifierType(argument)));
+        HOST_PutText(file, is_reference(argument) ? " *" : " ");
+        HOST_PutText(file, TLCC_Name(argument, name));
         ++index;
     }
 }
 
 void TLCC_WritePrototype(TLC_STREAM *stream, TLI_IDENTIFIER *function)
 {
-    std::fputs("(", TLC_CFile(stream));
+    HOST_PutText(TLC_CFile(stream), "(");
     write_arguments(stream, function, "", ", ");
-    std::fputs(")", TLC_CFile(stream));
+    HOST_PutText(TLC_CFile(stream), ")");
 }
 
 void TLCC_WriteHead(TLC_STREAM *stream, TLI_IDENTIFIER *function)
@@ -213,7 +214,7 @@ void TLCC_WriteHead(TLC_STREAM *stream, TLI_IDENTIFIER *function)
     std::fprintf(file, "\n%s%s %s(", is_private ? "static " : "", TLCC_ResultName(function),
                  TLCC_Name(function, name));
     write_arguments(stream, function, "\n  ", ",\n  ");
-    std::fputs("\n)\n{\n", file);
+    HOST_PutText(file, "\n)\n{\n");
 }
 
 /* ---- Syscalls and what else has its body elsewhere ---- */
@@ -229,7 +230,7 @@ static void write_types(TLC_STREAM *stream, TLI_IDENTIFIER *function)
                      is_reference(argument) ? " *" : "");
         ++index;
     }
-    if (index == 0) std::fputs("void", file);
+    if (index == 0) HOST_PutText(file, "void");
 }
 
 /* The function that the program has put under a syscall's number, in the type that it must have. */
@@ -241,7 +242,7 @@ static void write_served(TLC_STREAM *stream, TLI_IDENTIFIER *function, bool has_
     bool has_arguments = TLIV_GetFunctionArgument(function, 0) != nullptr;
     std::fprintf(file, "((%s (*)(", TLCC_ResultName(function));
     if (has_extra && !has_arguments) {
-        std::fputs("INT", file);
+        HOST_PutText(file, "INT");
     } else {
         write_types(stream, function);
     }
@@ -255,7 +256,7 @@ static void write_open_syscall(TLC_STREAM *stream, TLI_IDENTIFIER *function)
     char name[TLCC_NAME_CAPACITY];
     std::fprintf(TLC_CFile(stream), "#define %s(...) ", TLCC_Name(function, name));
     write_served(stream, function, true);
-    std::fputs("(__VA_ARGS__)\n", TLC_CFile(stream));
+    HOST_PutText(TLC_CFile(stream), "(__VA_ARGS__)\n");
 }
 
 static void write_names(TLC_STREAM *stream, TLI_IDENTIFIER *function)
@@ -283,13 +284,13 @@ static void write_syscall(TLC_STREAM *stream, TLI_IDENTIFIER *function)
     if (has_arguments) {
         TLCC_WritePrototype(stream, function);
     } else {
-        std::fputs("(void)", file);
+        HOST_PutText(file, "(void)");
     }
     std::fprintf(file, "\n{\n  %s", has_result ? "return " : "");
     write_served(stream, function, false);
-    std::fputs("(", file);
+    HOST_PutText(file, "(");
     write_names(stream, function);
-    std::fputs(");\n}\n", file);
+    HOST_PutText(file, ");\n}\n");
 }
 
 static void write_external(TLC_STREAM *stream, TLI_IDENTIFIER *function)
@@ -298,7 +299,7 @@ static void write_external(TLC_STREAM *stream, TLI_IDENTIFIER *function)
     std::fprintf(TLC_CFile(stream), "extern %s %s", TLCC_ResultName(function),
                  TLCC_Name(function, name));
     TLCC_WritePrototype(stream, function);
-    std::fputs(";\n", TLC_CFile(stream));
+    HOST_PutText(TLC_CFile(stream), ";\n");
 }
 
 static bool is_data_item(TLI_IDENTIFIER *identifier)
@@ -362,7 +363,7 @@ static void write_enumeration(TLC_STREAM *stream, TLI_IDENTIFIER *type)
     FILE *file = TLC_CFile(stream);
     char name[TLCC_NAME_CAPACITY];
     const TLIT_ENUM_VALUE *value = TLIT_AsType(type)->values;
-    std::fputs("typedef enum ", file);
+    HOST_PutText(file, "typedef enum ");
     /* C has no enumeration without values. */
     if (value == nullptr) std::fprintf(file, "\n{\n    toll_%s", TLI_IdentifierName(type));
     for (const char *before = "{"; value != nullptr; value = value->next, before = ",") {
@@ -390,7 +391,7 @@ static void write_function_type(TLC_STREAM *stream, TLI_IDENTIFIER *type)
     std::fprintf(TLC_CFile(stream), "typedef %s (*%s)", TLCC_ResultName(prototype),
                  TLI_IdentifierName(type));
     TLCC_WritePrototype(stream, prototype);
-    std::fputs(";\n", TLC_CFile(stream));
+    HOST_PutText(TLC_CFile(stream), ";\n");
 }
 
 /* An item of unknown length stands for a pointer to its first element. */
@@ -400,9 +401,9 @@ static void write_item(TLC_STREAM *stream, TLI_IDENTIFIER *item)
     TLI_IDENTIFIER *type = TLI_IdentifierType(item);
     int32_t dimension = TLI_IdentifierDimension(item, nullptr);
     bool is_pair = dimension == 0 || TLIT_IsArrayType(type);
-    std::fputs(TLCC_TypeName(type), TLC_CFile(stream));
-    std::fputs(is_pair ? " *" : " ", TLC_CFile(stream));
-    std::fputs(TLCC_Name(item, name), TLC_CFile(stream));
+    HOST_PutText(TLC_CFile(stream), TLCC_TypeName(type));
+    HOST_PutText(TLC_CFile(stream), is_pair ? " *" : " ");
+    HOST_PutText(TLC_CFile(stream), TLCC_Name(item, name));
     if (dimension > 0) std::fprintf(TLC_CFile(stream), "[%d]", dimension);
 }
 
@@ -411,14 +412,14 @@ static void write_record(TLC_STREAM *stream, TLI_IDENTIFIER *type)
     FILE *file = TLC_CFile(stream);
     std::fprintf(file, "struct %s\n{\n", TLI_IdentifierName(type));
     const TLIT_FIELD *link = TLIT_AsType(type)->fields;
-    if (link == nullptr) std::fputs("  INT toll_nothing;\n", file);
+    if (link == nullptr) HOST_PutText(file, "  INT toll_nothing;\n");
     for (; link != nullptr; link = link->next) {
         if (link->field == nullptr) continue;
-        std::fputs("  ", file);
+        HOST_PutText(file, "  ");
         write_item(stream, link->field);
-        std::fputs(";\n", file);
+        HOST_PutText(file, ";\n");
     }
-    std::fputs("};\n", file);
+    HOST_PutText(file, "};\n");
 }
 
 /* Records of one scope whose declaration is under way or done. */
@@ -477,19 +478,19 @@ static void write_variable(TLC_STREAM *stream, TLI_IDENTIFIER *variable)
 {
     FILE *file = TLC_CFile(stream);
     bool is_static = is_module_level(variable);
-    std::fputs(is_static ? "static " : "  ", file);
+    HOST_PutText(file, is_static ? "static " : "  ");
     write_item(stream, variable);
     bool is_composite = TLI_IdentifierDimension(variable, nullptr) > 0 ||
                         TLIT_IsRecordType(TLI_IdentifierType(variable));
-    if (!is_static) std::fputs(is_composite ? " = { 0 }" : " = 0", file);
-    std::fputs(";\n", file);
+    if (!is_static) HOST_PutText(file, is_composite ? " = { 0 }" : " = 0");
+    HOST_PutText(file, ";\n");
 }
 
 static void write_non_volatile(TLC_STREAM *stream, TLI_IDENTIFIER *variable)
 {
-    std::fputs("TOLL_NONVOLATILE ", TLC_CFile(stream));
+    HOST_PutText(TLC_CFile(stream), "TOLL_NONVOLATILE ");
     write_item(stream, variable);
-    std::fputs(";\n", TLC_CFile(stream));
+    HOST_PutText(TLC_CFile(stream), ";\n");
 }
 
 /* ---- Data items ---- */
@@ -538,20 +539,20 @@ static void write_fields(TLC_STREAM *stream, TLI_IDENTIFIER *record, TLE_TERM *l
     FILE *file = TLC_CFile(stream);
     int32_t dimension = 0;
     TLI_IDENTIFIER *field;
-    std::fputs("{ ", file);
+    HOST_PutText(file, "{ ");
     for (int32_t i = 0; links != nullptr; links = links->right, ++i) {
         field = TLIT_RecordNthField(record, i, &dimension);
         if (field == nullptr) break;
-        if (i > 0) std::fputs(", ", file);
+        if (i > 0) HOST_PutText(file, ", ");
         write_values(stream, TLI_IdentifierType(field), links->left, dimension > 0);
     }
-    std::fputs(" }", file);
+    HOST_PutText(file, " }");
 }
 
 static void write_value(TLC_STREAM *stream, TLI_IDENTIFIER *type, TLE_TERM *value)
 {
     if (value == nullptr) {
-        std::fputs("{ 0 }", TLC_CFile(stream));
+        HOST_PutText(TLC_CFile(stream), "{ 0 }");
     } else if (TLIT_IsRecordType(type)) {
         write_fields(stream, type, value);
     } else {
@@ -562,12 +563,12 @@ static void write_value(TLC_STREAM *stream, TLI_IDENTIFIER *type, TLE_TERM *valu
 static void write_values(TLC_STREAM *stream, TLI_IDENTIFIER *type, TLE_TERM *links, bool is_array)
 {
     FILE *file = TLC_CFile(stream);
-    if (is_array) std::fputs("{ ", file);
+    if (is_array) HOST_PutText(file, "{ ");
     for (TLE_TERM *link = links; link != nullptr; link = link->right) {
         write_value(stream, type, link->left);
-        if (link->right != nullptr) std::fputs(", ", file);
+        if (link->right != nullptr) HOST_PutText(file, ", ");
     }
-    if (is_array) std::fputs(" }", file);
+    if (is_array) HOST_PutText(file, " }");
 }
 
 /* A scalar stands where it is used; what has a place of its own is written as a table. */
@@ -579,11 +580,11 @@ static void write_constant(TLC_STREAM *stream, TLI_IDENTIFIER *constant)
     TLE_TERM *values = reinterpret_cast<TLIC_CONSTANT *>(constant)->values;
     if (values == nullptr) return;
     declare_items(stream, values);
-    std::fputs("static ", TLC_CFile(stream));
+    HOST_PutText(TLC_CFile(stream), "static ");
     write_item(stream, constant);
-    std::fputs(" = ", TLC_CFile(stream));
+    HOST_PutText(TLC_CFile(stream), " = ");
     write_values(stream, type, values, is_array);
-    std::fputs(";\n", TLC_CFile(stream));
+    HOST_PutText(TLC_CFile(stream), ";\n");
 }
 
 /* ---- Identifiers ---- */
@@ -625,5 +626,5 @@ void TLCC_WriteScopeIdentifiers(TLC_STREAM *stream, TLI_SCOPE *scope)
         if (!is_done) TLCC_WriteIdentifier(stream, list.names[at]);
     }
     SH_Free(list.names);
-    std::fputs("\n", TLC_CFile(stream));
+    HOST_PutText(TLC_CFile(stream), "\n");
 }

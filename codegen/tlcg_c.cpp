@@ -2,6 +2,7 @@
  * The generator of C source: a header with what other modules see, and the file with the code.
  */
 #include "codegen/tlcg.h"
+#include "host/host.h"
 
 #include <cstdio>
 #include <cstring>
@@ -83,7 +84,7 @@ static void write_header(C_OUTPUT *output)
     TLCC_WriteScopeIdentifiers(stream, globals);
     TLCC_WriteExternals(stream, globals);
     walk_sections(output);
-    std::fputs("\n#endif\n", TLC_CFile(stream));
+    HOST_PutText(TLC_CFile(stream), "\n#endif\n");
 }
 
 static bool is_function(TLI_IDENTIFIER *identifier)
@@ -112,7 +113,7 @@ static void declare_private_functions(C_OUTPUT *output)
         if (!is_private(function)) continue;
         std::fprintf(file, "static %s %s", TLCC_ResultName(function), TLCC_Name(function, name));
         TLCC_WritePrototype(context->stream, function);
-        std::fputs(";\n", file);
+        HOST_PutText(file, ";\n");
     }
 }
 
@@ -120,7 +121,7 @@ static void write_code(C_OUTPUT *output)
 {
     TLC_STREAM *stream = output->context.stream;
     TLI_SCOPE *statics = TLP_ModuleStatics(output->context.module);
-    std::fputs("#include \"toll.h\"\n", TLC_CFile(stream));
+    HOST_PutText(TLC_CFile(stream), "#include \"toll.h\"\n");
     include_used_modules(*output);
     std::fprintf(TLC_CFile(stream), "#include \"%s.h\"\n", output->base);
     write_origin(*output);

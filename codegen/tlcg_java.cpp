@@ -2,6 +2,7 @@
  * The generator of Java source: one class for a module, its functions as static methods.
  */
 #include "codegen/tlcg.h"
+#include "host/host.h"
 
 #include <cstdio>
 #include <cstring>
@@ -75,8 +76,8 @@ static void write_imports(const JAVA_OUTPUT &output)
 {
     TLC_STREAM *stream = output.context.stream;
     FILE *file = TLC_CFile(stream);
-    if (output.is_library) std::fputs("package halvorn.libs;\n\n", file);
-    std::fputs("import halvorn.types.*;\n", file);
+    if (output.is_library) HOST_PutText(file, "package halvorn.libs;\n\n");
+    HOST_PutText(file, "import halvorn.types.*;\n");
     if (output.is_library) HS_AllNames(TLCJ_State(stream)->classes, import_class, file);
 }
 
@@ -127,13 +128,13 @@ static void walk_data(JAVA_OUTPUT *output)
 static void write_data(JAVA_OUTPUT *output)
 {
     FILE *file = TLC_CFile(output->context.stream);
-    std::fputs("  /*\n   * Data declarations\n   */\n", file);
+    HOST_PutText(file, "  /*\n   * Data declarations\n   */\n");
     walk_data(output);
     TLC_NextPass(output->context.stream);
-    std::fputs("  /*\n   * fix up static data\n   */\n  static {\n", file);
+    HOST_PutText(file, "  /*\n   * fix up static data\n   */\n  static {\n");
     walk_data(output);
     TLCJ_WriteParents(output->context.stream);
-    std::fputs("  }\n\n", file);
+    HOST_PutText(file, "  }\n\n");
 }
 
 /* ---- Class ---- */
@@ -155,7 +156,7 @@ static void write_class(JAVA_OUTPUT *output)
     TLCJ_WriteExternals(stream, TLP_ModuleStatics(module));
     output->context.skips_data = true;
     TLCG_GenerateSections(&output->context);
-    std::fputs("\n}\n", TLC_CFile(stream));
+    HOST_PutText(TLC_CFile(stream), "\n}\n");
 }
 
 int32_t TLCG_GenerateJavaCode(TLP_MODULE *module, uint32_t flags, const char *file_name,

@@ -2,6 +2,7 @@
  * Java text: names and types, and what the writers note between one another.
  */
 #include "codegen/tlcj.h"
+#include "host/host.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -132,9 +133,10 @@ static bool is_reserved(const char *name)
 {
     auto letter = static_cast<unsigned char>(name[0]);
     if (letter >= 128) return false;
-    if (letter == 't' && std::strncmp(name, "toll", 4) == 0) return true;
+    if (letter == 't' && name[1] == 'o' && std::strncmp(name, "toll", 4) == 0) return true;
     for (size_t i = word_index.start[letter]; i < word_index.start[letter + 1]; ++i) {
-        if (std::strcmp(reserved_words[i], name) == 0) return true;
+        if (reserved_words[i][1] == name[1] && std::strcmp(reserved_words[i], name) == 0)
+            return true;
     }
     return false;
 }
@@ -289,7 +291,8 @@ static bool is_taken(TLC_STREAM *stream, TLI_IDENTIFIER *identifier, const char 
     const TLCJ_STATE *state = TLCJ_State(stream);
     TLI_DOMAIN *domain = foreign_domain(stream, identifier);
     if (domain == nullptr) {
-        if (std::strcmp(state->class_name, name) == 0) return true;
+        if (state->class_name[0] == name[0] && std::strcmp(state->class_name, name) == 0)
+            return true;
         return state->has_modules && HS_FindName(state->taken, name, nullptr);
     }
     char made[TLCJ_NAME_CAPACITY];
@@ -372,7 +375,7 @@ char *TLCJ_IdentifierName(TLI_IDENTIFIER *identifier)
 void TLCJ_DataTerm(TLC_STREAM *stream, TLE_TERM *term)
 {
     if (term == nullptr) {
-        std::fputs("null", TLC_CFile(stream));
+        HOST_PutText(TLC_CFile(stream), "null");
     } else {
         TLE_DataTerm(stream, term);
     }
@@ -467,13 +470,13 @@ void TLCJ_WriteType(TLC_STREAM *stream, TLI_IDENTIFIER *type)
     FILE *file = stream->file;
     TLCJ_KIND kind = TLCJ_Kind(type);
     if (type == TLIT_VoidType) {
-        std::fputs("void", file);
+        HOST_PutText(file, "void");
     } else if (kind != TLCJ_OBJECT) {
-        std::fputs(simple[kind], file);
+        HOST_PutText(file, simple[kind]);
     } else if (TLIT_IsArrayType(type)) {
         TLCJ_WriteReferenceType(stream, TLIT_ArrayOf(type));
     } else {
-        std::fputs(object_name(stream, type, name), file);
+        HOST_PutText(file, object_name(stream, type, name));
     }
 }
 
@@ -482,11 +485,11 @@ void TLCJ_WriteReferenceType(TLC_STREAM *stream, TLI_IDENTIFIER *type)
     char name[TLCJ_NAME_CAPACITY];
     TLCJ_KIND kind = TLCJ_Kind(type);
     if (kind == TLCJ_FLOAT) {
-        std::fputs("Items<Float>", stream->file);
+        HOST_PutText(stream->file, "Items<Float>");
     } else if (kind == TLCJ_OBJECT) {
         std::fprintf(stream->file, "Items<%s>", object_name(stream, type, name));
     } else {
-        std::fputs("Vector", stream->file);
+        HOST_PutText(stream->file, "Vector");
     }
 }
 

@@ -2,6 +2,7 @@
  * Java text: the declarations of types, variables, constants and functions.
  */
 #include "codegen/tlcj.h"
+#include "host/host.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -40,20 +41,20 @@ static TLI_IDENTIFIER *element_type(TLI_IDENTIFIER *item)
 static void write_new_array(TLC_STREAM *stream, TLI_IDENTIFIER *type, int32_t count)
 {
     bool has_records = TLIT_IsRecordType(type) != 0;
-    std::fputs(has_records ? "toll_fill(new " : "new ", stream->file);
+    HOST_PutText(stream->file, has_records ? "toll_fill(new " : "new ");
     TLCJ_WriteType(stream, type);
     std::fprintf(stream->file, "[%d]", count);
     if (!has_records) return;
-    std::fputs(", ", stream->file);
+    HOST_PutText(stream->file, ", ");
     TLCJ_WriteType(stream, type);
-    std::fputs("::new)", stream->file);
+    HOST_PutText(stream->file, "::new)");
 }
 
 static void write_new_record(TLC_STREAM *stream, TLI_IDENTIFIER *type)
 {
-    std::fputs("new ", stream->file);
+    HOST_PutText(stream->file, "new ");
     TLCJ_WriteType(stream, type);
-    std::fputs("()", stream->file);
+    HOST_PutText(stream->file, "()");
 }
 
 /* The value that an item starts with, as its type in Java has it. */
@@ -62,16 +63,16 @@ static void write_start(TLC_STREAM *stream, TLI_IDENTIFIER *item)
     TLI_IDENTIFIER *type = element_type(item);
     int32_t dimension = TLI_IdentifierDimension(item, nullptr);
     if (TLCJ_IsVector(item)) {
-        std::fputs("toll_all(", stream->file);
-        std::fputs("new ", stream->file);
+        HOST_PutText(stream->file, "toll_all(");
+        HOST_PutText(stream->file, "new ");
         TLCJ_WriteType(stream, type);
-        std::fputs("[0])", stream->file);
+        HOST_PutText(stream->file, "[0])");
     } else if (dimension > 0) {
         write_new_array(stream, type, dimension);
     } else if (TLIT_IsRecordType(type)) {
         write_new_record(stream, type);
     } else {
-        std::fputs(TLCJ_Kind(type) == TLCJ_OBJECT ? "null" : "0", stream->file);
+        HOST_PutText(stream->file, TLCJ_Kind(type) == TLCJ_OBJECT ? "null" : "0");
     }
 }
 
@@ -86,7 +87,9 @@ static void write_item(TLC_STREAM *stream, TLI_IDENTIFIER *item)
         TLCJ_WriteType(stream, TLI_IdentifierType(item));
     }
     bool is_array = !is_vector && TLI_IdentifierDimension(item, nullptr) > 0;
-    std::fprintf(stream->file, " %s%s", TLCJ_OwnName(stream, item, name), is_array ? "[]" : "");
+    HOST_PutChar(stream->file, ' ');
+    HOST_PutText(stream->file, TLCJ_OwnName(stream, item, name));
+    if (is_array) HOST_PutText(stream->file, "[]");
 }
 
 /* Numbers and references of the class start as 0 and null by themselves. */
@@ -98,33 +101,33 @@ static bool needs_start(TLI_IDENTIFIER *item)
 
 static void write_member(TLC_STREAM *stream, const char *prefix, TLI_IDENTIFIER *item)
 {
-    std::fputs(prefix, stream->file);
+    HOST_PutText(stream->file, prefix);
     write_item(stream, item);
     if (needs_start(item)) {
-        std::fputs(" = ", stream->file);
+        HOST_PutText(stream->file, " = ");
         write_start(stream, item);
     }
-    std::fputs(";\n", stream->file);
+    HOST_PutText(stream->file, ";\n");
 }
 
 static void write_box(TLC_STREAM *stream, TLI_IDENTIFIER *variable)
 {
-    std::fputs("[] = new ", stream->file);
+    HOST_PutText(stream->file, "[] = new ");
     TLCJ_WriteType(stream, TLI_IdentifierType(variable));
-    std::fputs("[1];\n", stream->file);
+    HOST_PutText(stream->file, "[1];\n");
 }
 
 static void write_local(TLC_STREAM *stream, TLI_IDENTIFIER *variable)
 {
-    std::fputs("  ", stream->file);
+    HOST_PutText(stream->file, "  ");
     write_item(stream, variable);
     if (TLCJ_IsBoxed(stream, variable)) {
         write_box(stream, variable);
         return;
     }
-    std::fputs(" = ", stream->file);
+    HOST_PutText(stream->file, " = ");
     write_start(stream, variable);
-    std::fputs(";\n", stream->file);
+    HOST_PutText(stream->file, ";\n");
 }
 
 static void write_variable(TLC_STREAM *stream, TLI_IDENTIFIER *variable)
@@ -145,23 +148,23 @@ static void write_fields(TLC_STREAM *stream, TLI_IDENTIFIER *record, TLE_TERM *l
 {
     FILE *file = stream->file;
     int32_t dimension = 0;
-    std::fputs("new ", file);
+    HOST_PutText(file, "new ");
     TLCJ_WriteType(stream, record);
-    std::fputs("(", file);
+    HOST_PutText(file, "(");
     for (int32_t i = 0; links != nullptr; links = links->right, ++i) {
         TLI_IDENTIFIER *field = TLIT_RecordNthField(record, i, &dimension);
         if (field == nullptr) break;
         TLI_IDENTIFIER *type = TLI_IdentifierType(field);
-        if (i > 0) std::fputs(", ", file);
+        if (i > 0) HOST_PutText(file, ", ");
         if (dimension > 0) {
-            std::fputs("new ", file);
+            HOST_PutText(file, "new ");
             TLCJ_WriteType(stream, type);
-            std::fputs("[] { ", file);
+            HOST_PutText(file, "[] { ");
         }
         write_values(stream, type, links->left, dimension <= 0);
-        if (dimension > 0) std::fputs(" }", file);
+        if (dimension > 0) HOST_PutText(file, " }");
     }
-    std::fputs(")", file);
+    HOST_PutText(file, ")");
 }
 
 /* A value of an array or of a constant by itself, which no conversion stands before. */
@@ -187,7 +190,7 @@ static void write_value(TLC_STREAM *stream, TLI_IDENTIFIER *type, TLE_TERM *valu
     } else if (value != nullptr && !is_passed && is_plain_number(type, value)) {
         std::fprintf(stream->file, "%d", value->value);
     } else if (value == nullptr) {
-        std::fputs(TLCJ_Kind(type) == TLCJ_OBJECT ? "null" : "0", stream->file);
+        HOST_PutText(stream->file, TLCJ_Kind(type) == TLCJ_OBJECT ? "null" : "0");
     } else if (TLIT_IsArrayType(type)) {
         TLE_ExpressionCode(stream, value, TLE_MODE_EXTENT);
     } else {
@@ -199,7 +202,7 @@ static void write_values(TLC_STREAM *stream, TLI_IDENTIFIER *type, TLE_TERM *lin
 {
     for (TLE_TERM *link = links; link != nullptr; link = link->right) {
         write_value(stream, type, link->left, is_passed);
-        if (link->right != nullptr) std::fputs(", ", stream->file);
+        if (link->right != nullptr) HOST_PutText(stream->file, ", ");
     }
 }
 
@@ -212,12 +215,12 @@ static void write_constant(TLC_STREAM *stream, TLI_IDENTIFIER *constant)
     if (values == nullptr) return;
     bool is_local = is_frame(TLI_IdentifierScope(constant));
     bool is_array = TLI_IdentifierDimension(constant, nullptr) != -1;
-    std::fputs(is_local ? "  final " : "  public static final ", file);
+    HOST_PutText(file, is_local ? "  final " : "  public static final ");
     TLCJ_WriteType(stream, TLI_IdentifierType(constant));
     std::fprintf(file, " %s%s = ", TLCJ_OwnName(stream, constant, name), is_array ? "[]" : "");
-    if (is_array) std::fputs("{ ", file);
+    if (is_array) HOST_PutText(file, "{ ");
     write_values(stream, TLI_IdentifierType(constant), values, false);
-    std::fputs(is_array ? " };\n" : ";\n", file);
+    HOST_PutText(file, is_array ? " };\n" : ";\n");
 }
 
 /* ---- Types ---- */
@@ -250,7 +253,7 @@ static void write_field_arguments(TLC_STREAM *stream, TLI_IDENTIFIER *type)
     const char *before = "";
     for (const TLIT_FIELD *link = TLIT_AsType(type)->fields; link != nullptr; link = link->next) {
         if (link->field == nullptr) continue;
-        std::fputs(before, stream->file);
+        HOST_PutText(stream->file, before);
         write_item(stream, link->field);
         before = ", ";
     }
@@ -265,13 +268,13 @@ static void write_constructors(TLC_STREAM *stream, TLI_IDENTIFIER *type, const c
     char field[TLCJ_NAME_CAPACITY];
     std::fprintf(file, "    public %s() { }\n    public %s(", name, name);
     write_field_arguments(stream, type);
-    std::fputs(") {\n", file);
+    HOST_PutText(file, ") {\n");
     for (const TLIT_FIELD *link = TLIT_AsType(type)->fields; link != nullptr; link = link->next) {
         if (link->field == nullptr) continue;
         TLCJ_OwnName(stream, link->field, field);
         std::fprintf(file, "      this.%s = %s;\n", field, field);
     }
-    std::fputs("    }\n", file);
+    HOST_PutText(file, "    }\n");
 }
 
 static void write_record(TLC_STREAM *stream, TLI_IDENTIFIER *type)
@@ -283,7 +286,7 @@ static void write_record(TLC_STREAM *stream, TLI_IDENTIFIER *type)
         if (link->field != nullptr) write_member(stream, "    public ", link->field);
     }
     write_constructors(stream, type, name);
-    std::fputs("  }\n", stream->file);
+    HOST_PutText(stream->file, "  }\n");
 }
 
 /* The narrow types come back as whole words. */
@@ -301,9 +304,9 @@ static void write_function_type(TLC_STREAM *stream, TLI_IDENTIFIER *type)
     TLI_IDENTIFIER *prototype = TLIT_FunctionTypePrototype(type);
     std::fprintf(stream->file, "  public interface %s {\n    ", TLCJ_OwnName(stream, type, name));
     write_result(stream, prototype);
-    std::fputs(" call(", stream->file);
+    HOST_PutText(stream->file, " call(");
     TLCJ_WriteArguments(stream, prototype, "", ", ");
-    std::fputs(");\n  }\n", stream->file);
+    HOST_PutText(stream->file, ");\n  }\n");
 }
 
 static void write_classes(TLC_STREAM *stream, const TLI_LIST &list)
@@ -389,7 +392,7 @@ void TLCJ_WriteScopeIdentifiers(TLC_STREAM *stream, TLI_SCOPE *scope)
             write_variable(stream, list.names[at]);
     }
     SH_Free(list.names);
-    std::fputs("\n", stream->file);
+    HOST_PutText(stream->file, "\n");
 }
 
 /* ---- Functions ---- */
@@ -412,7 +415,7 @@ void TLCJ_WriteArguments(TLC_STREAM *stream, TLI_IDENTIFIER *function, const cha
     int32_t index = 0;
     TLI_IDENTIFIER *argument;
     while ((argument = TLIV_GetFunctionArgument(function, index)) != nullptr) {
-        std::fputs(index++ == 0 ? first : other, stream->file);
+        HOST_PutText(stream->file, index++ == 0 ? first : other);
         write_argument(stream, argument);
     }
     if (!TLIV_ExtraArgumentsAllowed(function)) return;
@@ -427,7 +430,7 @@ void TLCJ_WriteHead(TLC_STREAM *stream, TLI_IDENTIFIER *function)
     write_result(stream, function);
     std::fprintf(stream->file, " %s(", TLCJ_OwnName(stream, function, name));
     TLCJ_WriteArguments(stream, function, "\n  ", ",\n  ");
-    std::fputs("\n)\n{\n", stream->file);
+    HOST_PutText(stream->file, "\n)\n{\n");
 }
 
 void TLCJ_WriteArgumentCopies(TLC_STREAM *stream, TLI_IDENTIFIER *function)
@@ -441,7 +444,7 @@ void TLCJ_WriteArgumentCopies(TLC_STREAM *stream, TLI_IDENTIFIER *function)
         if (has_frame) {
             std::fprintf(file, "  toll_frame.%s = %s;\n", name, name);
         } else if (TLCJ_IsBoxed(stream, argument)) {
-            std::fputs("  ", file);
+            HOST_PutText(file, "  ");
             TLCJ_WriteType(stream, TLI_IdentifierType(argument));
             std::fprintf(file, " %s[] = { toll_%s };\n", name, name);
         }
@@ -453,7 +456,7 @@ static void write_frame_constants(TLC_STREAM *stream, const TLI_LIST &list)
     for (size_t at = list.count; at > 0; --at) {
         TLI_IDENTIFIER *identifier = list.names[at - 1];
         if (TLI_IdentifierClass(identifier) != TLI_CONSTANT) continue;
-        std::fputs("  ", stream->file);
+        HOST_PutText(stream->file, "  ");
         write_constant(stream, identifier);
     }
 }
@@ -469,13 +472,13 @@ void TLCJ_WriteFrame(TLC_STREAM *stream, TLI_IDENTIFIER *function)
         int32_t kind = TLI_IdentifierClass(list.names[at]);
         bool is_kept = kind == TLI_VARIABLE || kind == TLI_ARGUMENT;
         if (!is_kept) continue;
-        std::fputs("    ", stream->file);
+        HOST_PutText(stream->file, "    ");
         write_item(stream, list.names[at]);
         if (kind == TLI_VARIABLE && needs_start(list.names[at])) {
-            std::fputs(" = ", stream->file);
+            HOST_PutText(stream->file, " = ");
             write_start(stream, list.names[at]);
         }
-        std::fputs(";\n", stream->file);
+        HOST_PutText(stream->file, ";\n");
     }
     std::fprintf(stream->file, "  }\n  static toll_frame_%s toll_top_%s;\n", name, name);
     SH_Free(list.names);
@@ -496,18 +499,18 @@ static void open_result(TLC_STREAM *stream, TLI_IDENTIFIER *type)
 {
     FILE *file = stream->file;
     if (type == TLIT_VoidType) return;
-    std::fputs("return ", file);
+    HOST_PutText(file, "return ");
     switch (TLCJ_Kind(type)) {
     case TLCJ_FLOAT:
-        std::fputs("toll_float(", file);
+        HOST_PutText(file, "toll_float(");
         break;
     case TLCJ_OBJECT:
-        std::fputs("(", file);
+        HOST_PutText(file, "(");
         TLCJ_WriteType(stream, type);
-        std::fputs(") (", file);
+        HOST_PutText(file, ") (");
         break;
     default:
-        std::fputs("toll_word(", file);
+        HOST_PutText(file, "toll_word(");
         break;
     }
 }
@@ -533,13 +536,13 @@ static void write_external(TLC_STREAM *stream, TLI_IDENTIFIER *function)
     int32_t number = is_syscall ? EEP_Syscall(TLP_SyscallData(stream->module), name) : 0;
     TLI_IDENTIFIER *type = TLI_IdentifierType(function);
     TLCJ_WriteHead(stream, function);
-    std::fputs("  ", file);
+    HOST_PutText(file, "  ");
     open_result(stream, type);
     bool has_extra = TLIV_ExtraArgumentsAllowed(function) != 0;
     std::fprintf(file, "toll_syscall(%d, \"%s\", %s", number, TLI_FullName(function),
                  has_extra ? "toll_more" : "null");
     write_passed(stream, function);
-    std::fputs(type == TLIT_VoidType ? ");\n}\n" : "));\n}\n", file);
+    HOST_PutText(file, type == TLIT_VoidType ? ");\n}\n" : "));\n}\n");
 }
 
 void TLCJ_WriteExternals(TLC_STREAM *stream, TLI_SCOPE *scope)

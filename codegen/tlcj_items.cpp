@@ -2,6 +2,7 @@
  * Java text: the items of data sections. Each is a field of the class, whatever section it stands in.
  */
 #include "codegen/tlcj.h"
+#include "host/host.h"
 
 #include <cstdio>
 #include <cstring>
@@ -159,7 +160,7 @@ void TLCJ_WriteItem(TLC_STREAM *stream, TLI_IDENTIFIER *identifier)
     if (class_name[0] != '\0' && is_hidden(stream, identifier, name)) {
         std::fprintf(file, "%s.", class_name);
     }
-    std::fputs(name, file);
+    HOST_PutText(file, name);
 }
 
 /* ---- Order ---- */

@@ -5,6 +5,7 @@
  */
 #include "expr/tlb.h"
 #include "expr/tle_code.h"
+#include "host/host.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -376,7 +377,7 @@ void TLE_CDataLiteral(TLC_STREAM *stream, TLE_TERM *term)
         TLCC_DeclareItem(stream, term);
         stream->file = file;
     }
-    std::fputs(TLCC_ItemName(term->type, TLE_TermValue(term), name), stream->file);
+    HOST_PutText(stream->file, TLCC_ItemName(term->type, TLE_TermValue(term), name));
 }
 
 /* ---- Forms of operators ---- */
@@ -645,9 +646,9 @@ static int32_t write_bracketed(TLC_STREAM *stream, TLE_TERM *term, const C_PLACE
 {
     if (term == nullptr) return TLE_TermCode(stream, nullptr, TLE_MODE_VALUE);
     bool has_brackets = wants_brackets(stream, place, term);
-    if (has_brackets) std::fputs("(", stream->file);
+    if (has_brackets) HOST_PutText(stream->file, "(");
     int32_t written = write_term(stream, term, place);
-    if (has_brackets) std::fputs(")", stream->file);
+    if (has_brackets) HOST_PutText(stream->file, ")");
     return written;
 }
 
@@ -663,23 +664,23 @@ static void open_operator(TLC_STREAM *stream, const TLE_TERM *term, bool is_unsi
     }
     switch (form_of(term)) {
     case WRAP:
-        if (!is_unsigned) std::fputs("toll_int(", file);
+        if (!is_unsigned) HOST_PutText(file, "toll_int(");
         if (term->left != nullptr && TLE_TermOperator(term->left) != nullptr &&
             form_of(term->left) == WRAP) {
             break;
         }
-        std::fputs(term->kind == TLT_TOKEN_STAR ? "1u*" : "0u", file);
-        if (term->left != nullptr && term->kind != TLT_TOKEN_STAR) std::fputs("+", file);
+        HOST_PutText(file, term->kind == TLT_TOKEN_STAR ? "1u*" : "0u");
+        if (term->left != nullptr && term->kind != TLT_TOKEN_STAR) HOST_PutText(file, "+");
         break;
     case CALL:
         std::fprintf(file, "%s(", function_of(term));
         break;
     case COMPARE:
-        std::fputs("toll_compare(", file);
+        HOST_PutText(file, "toll_compare(");
         break;
     case SIGNED:
         report_mixed_comparison(stream, term);
-        std::fputs(signed_word(term->left), file);
+        HOST_PutText(file, signed_word(term->left));
         break;
     default:
         break;
@@ -688,12 +689,12 @@ static void open_operator(TLC_STREAM *stream, const TLE_TERM *term, bool is_unsi
 
 static int32_t close_call(TLC_STREAM *stream, TLE_TERM *term)
 {
-    std::fputs(",", stream->file);
+    HOST_PutText(stream->file, ",");
     int32_t written = write_bracketed(stream, term->right, FREE_PLACE);
     int32_t code = term->extra & TLO_CODE_MASK;
     bool is_scaled = form_of(term) == CALL && (code == EEP_SMUL || code == EEP_SDIV);
     if (is_scaled) std::fprintf(stream->file, ",%d", TLO_Scale(term->extra));
-    std::fputs(")", stream->file);
+    HOST_PutText(stream->file, ")");
     if (form_of(term) == COMPARE) std::fprintf(stream->file, "%s0", TLE_COperator(term));
     return written;
 }
@@ -703,15 +704,15 @@ static int32_t close_operator(TLC_STREAM *stream, TLE_TERM *term, bool is_unsign
 {
     FORM form = form_of(term);
     if (form == CALL || form == COMPARE) return close_call(stream, term);
-    if (form == SIGNED) std::fputs(")", stream->file);
-    if (is_checked_pointer(term)) std::fputs("))", stream->file);
-    std::fputs(TLE_COperator(term), stream->file);
-    if (form == SIGNED) std::fputs(signed_word(term->right), stream->file);
+    if (form == SIGNED) HOST_PutText(stream->file, ")");
+    if (is_checked_pointer(term)) HOST_PutText(stream->file, "))");
+    HOST_PutText(stream->file, TLE_COperator(term));
+    if (form == SIGNED) HOST_PutText(stream->file, signed_word(term->right));
     C_PLACE place = {
         .outer = term, .is_right = true, .is_unsigned = form == WRAP, .is_chained = false
     };
     int32_t written = write_bracketed(stream, term->right, place);
-    if (form == SIGNED || (form == WRAP && !is_unsigned)) std::fputs(")", stream->file);
+    if (form == SIGNED || (form == WRAP && !is_unsigned)) HOST_PutText(stream->file, ")");
     return written;
 }
 
@@ -723,7 +724,7 @@ static int32_t write_nested(TLC_STREAM *stream, const TLE_CHAIN &chain, bool is_
         .outer = nullptr, .is_right = false, .is_unsigned = is_unsigned, .is_chained = true
     };
     for (int32_t i = 0; i <= last; ++i) {
-        if (wants_brackets(stream, place, chain.terms[i])) std::fputs("(", stream->file);
+        if (wants_brackets(stream, place, chain.terms[i])) HOST_PutText(stream->file, "(");
         open_operator(stream, chain.terms[i], place.is_unsigned);
         place.outer = chain.terms[i];
         place.is_unsigned = form_of(chain.terms[i]) == WRAP;
@@ -734,7 +735,7 @@ static int32_t write_nested(TLC_STREAM *stream, const TLE_CHAIN &chain, bool is_
         place.outer = i == 0 ? nullptr : chain.terms[i - 1];
         place.is_unsigned = i == 0 ? is_unsigned : form_of(chain.terms[i - 1]) == WRAP;
         written &= close_operator(stream, chain.terms[i], place.is_unsigned);
-        if (wants_brackets(stream, place, chain.terms[i])) std::fputs(")", stream->file);
+        if (wants_brackets(stream, place, chain.terms[i])) HOST_PutText(stream->file, ")");
     }
     return written;
 }
@@ -780,11 +781,11 @@ static int32_t write_ordered(TLC_STREAM *stream, const TLE_CHAIN &chain)
     if (chain.terms[last]->left == nullptr) --last;
     TLE_TERM *first = chain.terms[last]->left;
     const char *type = word_name(first->type);
-    std::fputs("(", stream->file);
+    HOST_PutText(stream->file, "(");
     int32_t number = open_temporary(stream, type, "");
     int32_t written = write_bracketed(stream, first, FREE_PLACE);
     for (int32_t i = last; i >= 0; --i) {
-        std::fputs(",", stream->file);
+        HOST_PutText(stream->file, ",");
         if (i == 0) break;
         const char *next = word_name(chain.terms[i]->type);
         int32_t target = next == type ? number : new_temporary(stream, next, "");
@@ -794,7 +795,7 @@ static int32_t write_ordered(TLC_STREAM *stream, const TLE_CHAIN &chain)
         type = next;
     }
     written &= write_step(stream, chain.terms[0], number);
-    std::fputs(")", stream->file);
+    HOST_PutText(stream->file, ")");
     return written;
 }
 
@@ -852,9 +853,9 @@ int32_t TLE_CStoredValue(TLC_STREAM *stream, TLI_IDENTIFIER *wanted, TLE_TERM *t
     if (is_known && write_cut_literal(stream, wanted, term)) return 1;
     bool is_byte = is_known && is_wide(term) &&
                    TLIT_TypeSubclass(nullptr, wanted) == TLIT_SUBCLASS_ENUMERATION;
-    if (is_byte) std::fputs("toll_byte(", stream->file);
+    if (is_byte) HOST_PutText(stream->file, "toll_byte(");
     int32_t written = TLE_CValueAs(stream, wanted, term);
-    if (is_byte) std::fputs(")", stream->file);
+    if (is_byte) HOST_PutText(stream->file, ")");
     return written;
 }
 
@@ -863,18 +864,18 @@ int32_t TLE_CValueAs(TLC_STREAM *stream, TLI_IDENTIFIER *wanted, TLE_TERM *term)
     if (term == nullptr) return TLE_TermCode(stream, nullptr, TLE_MODE_VALUE);
     if (loses_pointer(wanted, term)) {
         TLC_Error(stream, "WORD cannot hold a pointer in 'C'");
-        std::fputs("0", stream->file);
+        HOST_PutText(stream->file, "0");
         return 1;
     }
     if (term->kind == TLT_TOKEN_NULL && wanted != nullptr && is_word(wanted)) {
-        std::fputs("0", stream->file);
+        HOST_PutText(stream->file, "0");
         return 1;
     }
     const char *function = conversion(wanted, term);
     if (function == nullptr) return TLE_TermCode(stream, term, TLE_MODE_VALUE);
-    std::fputs(function, stream->file);
+    HOST_PutText(stream->file, function);
     int32_t written = TLE_TermCode(stream, term, TLE_MODE_VALUE);
-    std::fputs(")", stream->file);
+    HOST_PutText(stream->file, ")");
     return written;
 }
 
@@ -897,9 +898,9 @@ static int32_t write_source(TLC_STREAM *stream, TLE_TERM *term)
     case TLO_STORE_TIME_AS_CLOCK:
     case TLO_STORE_CLOCK_AS_TIME: {
         bool is_clock = term->extra == TLO_STORE_TIME_AS_CLOCK;
-        std::fputs(is_clock ? "toll_clock_of_time(" : "toll_time_of_clock(", file);
+        HOST_PutText(file, is_clock ? "toll_clock_of_time(" : "toll_time_of_clock(");
         written = TLE_TermCode(stream, source, TLE_MODE_VALUE);
-        std::fputs(")", file);
+        HOST_PutText(file, ")");
         return written;
     }
     case TLO_STORE_ADDRESS:
@@ -915,7 +916,7 @@ static int32_t write_target(TLC_STREAM *stream, TLE_TERM *term)
 {
     TLE_NoteStoreInC(stream, term->left);
     int32_t written = TLE_TermCode(stream, term->left, TLE_MODE_VALUE);
-    std::fputs("=", stream->file);
+    HOST_PutText(stream->file, "=");
     return written;
 }
 
@@ -926,17 +927,17 @@ static int32_t write_split(TLC_STREAM *stream, TLE_TERM *term)
     bool is_kept = keeps_value(stream, term);
     bool is_array = term->extra == TLO_STORE_ARRAY;
     TLI_IDENTIFIER *type = is_kept ? term->right->type : term->left->type;
-    std::fputs("(", file);
+    HOST_PutText(file, "(");
     int32_t number = open_temporary(stream, word_name(type), is_array ? "*" : "");
     int32_t written =
         is_kept ? TLE_TermCode(stream, term->right, TLE_MODE_VALUE) : write_source(stream, term);
-    std::fputs(",", file);
+    HOST_PutText(file, ",");
     written &= write_target(stream, term);
     bool is_byte =
         is_kept && TLIT_TypeSubclass(nullptr, term->left->type) == TLIT_SUBCLASS_ENUMERATION;
     std::fprintf(file, is_byte ? "toll_byte(toll_%d)" : "toll_%d", number);
     if (is_kept) std::fprintf(file, ",toll_%d", number);
-    std::fputs(")", file);
+    HOST_PutText(file, ")");
     return written;
 }
 

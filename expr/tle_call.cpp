@@ -3,6 +3,7 @@
  */
 #include "expr/tle_c.h"
 #include "expr/tle_java.h"
+#include "host/host.h"
 
 #include <cstdio>
 #include <iterator>
@@ -29,9 +30,9 @@ static int32_t reference_code(TLC_STREAM *stream, TLI_IDENTIFIER *formal, TLE_TE
     bool is_c = TLC_Target(stream) == TLC_TARGET_C;
     if (is_c) TLE_NoteStoreInC(stream, link->left);
     if (is_pointer && is_c && TLE_MayBeNull(link->left)) {
-        std::fputs("toll_pointer(", TLC_CFile(stream));
+        HOST_PutText(TLC_CFile(stream), "toll_pointer(");
         int32_t done = TLE_TermCode(stream, link->left, TLE_MODE_VALUE);
-        std::fputs(")", TLC_CFile(stream));
+        HOST_PutText(TLC_CFile(stream), ")");
         return done;
     }
     return TLE_TermCode(stream, link->left, is_pointer ? TLE_MODE_VALUE : TLE_MODE_ADDRESS);
@@ -80,7 +81,7 @@ static int32_t value_code(TLC_STREAM *stream, TLI_IDENTIFIER *formal, TLE_TERM *
     TLI_IDENTIFIER *type = value_type(formal, actual);
     if (is_array || goes_by_address(stream, type, actual)) {
         bool is_c_text = TLC_Target(stream) == TLC_TARGET_C && is_text(stream, type);
-        if (is_c_text) std::fputs("(STRING) ", TLC_CFile(stream));
+        if (is_c_text) HOST_PutText(TLC_CFile(stream), "(STRING) ");
         return TLE_TermCode(stream, actual, TLE_MODE_ADDRESS);
     }
     if (TLC_Target(stream) == TLC_TARGET_C) {
@@ -102,7 +103,7 @@ static int32_t argument_code(TLC_STREAM *stream, TLI_IDENTIFIER *formal, TLE_TER
 static void close_argument(TLC_STREAM *stream, const TLE_TERM *link, bool is_dispatch)
 {
     if (TLC_Target(stream) != TLC_TARGET_PCODE) {
-        if (link->right != nullptr) std::fputs(",", TLC_CFile(stream));
+        if (link->right != nullptr) HOST_PutText(TLC_CFile(stream), ",");
         return;
     }
     if (!is_dispatch) return;
@@ -144,13 +145,13 @@ static int32_t hold_arguments(TLC_STREAM *stream, TLE_TERM *term, HELD_ARGUMENTS
         int32_t size = count * static_cast<int32_t>(sizeof(int32_t));
         held->numbers = static_cast<int32_t *>(SH_NameAllocate(size, "TLE:HELD"));
     }
-    std::fputs("(", TLC_CFile(stream));
+    HOST_PutText(TLC_CFile(stream), "(");
     TLE_TERM *link = term->left;
     for (int32_t i = 0; i < count - 1; ++i, link = link->right) {
         TLI_IDENTIFIER *formal = TLIV_GetFunctionArgument(term->identifier, i);
         held->numbers[i] = open_argument(stream, formal, link);
         done &= argument_code(stream, formal, link);
-        std::fputs(",", TLC_CFile(stream));
+        HOST_PutText(TLC_CFile(stream), ",");
     }
     held->numbers[count - 1] = 0;
     return done;
@@ -193,7 +194,7 @@ int32_t TLE_CallCode(TLC_STREAM *stream, TLE_TERM *term, int32_t direct)
     HELD_ARGUMENTS held;
     int32_t done = hold_arguments(stream, term, &held);
     done &= write_call(stream, term, direct, &held);
-    std::fputs(")", TLC_CFile(stream));
+    HOST_PutText(TLC_CFile(stream), ")");
     if (held.numbers != held.short_numbers) SH_Free(held.numbers);
     return done;
 }

@@ -3,6 +3,7 @@
  * operator, and the report of a term that cannot be generated.
  */
 #include "expr/tle_code.h"
+#include "host/host.h"
 
 #include <cstdio>
 #include <iterator>
@@ -378,7 +379,7 @@ int32_t TLE_TermCode(TLC_STREAM *stream, TLE_TERM *term, int32_t mode)
     if (counted > errors) TLC_SetTextErrors(stream, counted);
     /* C wants something to stand where the innermost value is missing. */
     if (stream->target == TLC_TARGET_C && stream->text.stand_ins == stand_ins) {
-        std::fputs("0", stream->file);
+        HOST_PutText(stream->file, "0");
         stream->text.stand_ins++;
     }
     return 0;

@@ -4,6 +4,7 @@
  */
 #include "codegen/tlcj.h"
 #include "expr/tle_code.h"
+#include "host/host.h"
 
 #include <cstdio>
 
@@ -33,7 +34,7 @@ static void null_term(TLC_STREAM *stream)
     if (target == TLC_TARGET_PCODE) {
         TLC_Code32(stream, 0);
     } else {
-        std::fputs(target == TLC_TARGET_C ? "NULL" : "null", TLC_CFile(stream));
+        HOST_PutText(TLC_CFile(stream), target == TLC_TARGET_C ? "NULL" : "null");
     }
 }
 

@@ -6,6 +6,7 @@
  * boolean, which stands as it is where a condition is wanted and becomes a word elsewhere.
  */
 #include "expr/tle_java.h"
+#include "host/host.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -115,11 +116,11 @@ static void write_name(TLC_STREAM *stream, TLI_IDENTIFIER *identifier)
     const TLCJ_STATE *state = TLCJ_State(stream);
     const TLI_SCOPE *frame = frame_of(identifier);
     if (frame != nullptr && frame == state->frame) {
-        if (state->has_frame) std::fputs("toll_frame.", stream->file);
+        if (state->has_frame) HOST_PutText(stream->file, "toll_frame.");
     } else if (frame != nullptr && state->frame != nullptr && frame->identifier != nullptr) {
         std::fprintf(stream->file, "toll_top_%s.", TLCJ_OwnName(stream, frame->identifier, name));
     }
-    std::fputs(TLCJ_Name(stream, identifier, name), stream->file);
+    HOST_PutText(stream->file, TLCJ_Name(stream, identifier, name));
 }
 
 /* ---- Literals ---- */
@@ -143,7 +144,7 @@ static int32_t write_number(TLC_STREAM *stream, const TLE_TERM *term)
     char name[TLCJ_NAME_CAPACITY];
     TLI_IDENTIFIER *value = enumeration_value(term);
     if (value != nullptr && is_known(stream, value)) {
-        std::fputs(TLCJ_Name(stream, value, name), stream->file);
+        HOST_PutText(stream->file, TLCJ_Name(stream, value, name));
     } else {
         TLC_Literal(stream, term->value);
     }
@@ -183,17 +184,17 @@ void TLE_JavaDataLiteral(TLC_STREAM *stream, TLE_TERM *term)
     TLI_IDENTIFIER *type = term->type;
     bool is_object = TLCJ_Kind(type) == TLCJ_OBJECT;
     if (is_object) {
-        std::fputs("(", file);
+        HOST_PutText(file, "(");
         TLCJ_WriteType(stream, type);
-        std::fputs(") ", file);
+        HOST_PutText(file, ") ");
     }
     bool is_pointer = TLIT_TypeSubclass(nullptr, type) == TLIT_SUBCLASS_POINTER;
     TLI_IDENTIFIER *named = is_pointer ? TLIT_PointerAt(type) : type;
-    std::fputs(is_object ? "toll_item(" : "toll_value(", file);
+    HOST_PutText(file, is_object ? "toll_item(" : "toll_value(");
     TLC_String(stream, TLI_IdentifierName(named));
-    std::fputs(", ", file);
+    HOST_PutText(file, ", ");
     TLC_String(stream, TLE_TermValue(term));
-    std::fputs(")", file);
+    HOST_PutText(file, ")");
 }
 
 /* ---- Items ---- */
@@ -220,13 +221,13 @@ static int32_t write_subscript(TLC_STREAM *stream, TLE_TERM *term)
     TLI_IDENTIFIER *identifier = term->identifier;
     bool is_vector = TLCJ_IsVector(identifier);
     if (term->left == nullptr) {
-        if (TLCJ_IsReference(identifier)) std::fputs(".get(0)", stream->file);
-        if (is_boxed(stream, identifier)) std::fputs("[0]", stream->file);
+        if (TLCJ_IsReference(identifier)) HOST_PutText(stream->file, ".get(0)");
+        if (is_boxed(stream, identifier)) HOST_PutText(stream->file, "[0]");
         return 1;
     }
-    std::fputs(is_vector ? ".get(" : "[", stream->file);
+    HOST_PutText(stream->file, is_vector ? ".get(" : "[");
     int32_t written = write_value(stream, term->left);
-    std::fputs(is_vector ? ")" : "]", stream->file);
+    HOST_PutText(stream->file, is_vector ? ")" : "]");
     return written;
 }
 
@@ -262,7 +263,7 @@ static int32_t write_reach(TLC_STREAM *stream, TLE_TERM *term, REACH reach)
     JAVA_PLACE place = { .outer = term, .is_right = false, .is_condition = false };
     int32_t written = write_at(stream, term->left, place);
     if (reach == REACH_RECORD && !is_selection(term->right)) return written;
-    std::fputs(".", stream->file);
+    HOST_PutText(stream->file, ".");
     return written & write_reach(stream, term->right, reach);
 }
 
@@ -273,7 +274,7 @@ static void write_object_of(TLC_STREAM *stream, const TLI_SCOPE *frame)
 {
     char name[TLCJ_NAME_CAPACITY];
     if (frame == TLCJ_State(stream)->frame) {
-        std::fputs("toll_frame", stream->file);
+        HOST_PutText(stream->file, "toll_frame");
     } else {
         std::fprintf(stream->file, "toll_top_%s", TLCJ_OwnName(stream, frame->identifier, name));
     }
@@ -321,19 +322,19 @@ static bool box(TLC_STREAM *stream, TLI_IDENTIFIER *identifier)
 
 static int32_t write_copy(TLC_STREAM *stream, TLE_TERM *term)
 {
-    std::fputs("toll_copy(", stream->file);
+    HOST_PutText(stream->file, "toll_copy(");
     int32_t written = write_value(stream, term);
-    std::fputs(")", stream->file);
+    HOST_PutText(stream->file, ")");
     return written;
 }
 
 static int32_t write_element_reference(TLC_STREAM *stream, TLE_TERM *term)
 {
-    std::fputs("toll_from(", stream->file);
+    HOST_PutText(stream->file, "toll_from(");
     int32_t written = write_reach(stream, term, REACH_NAME);
-    std::fputs(", ", stream->file);
+    HOST_PutText(stream->file, ", ");
     written &= write_value(stream, last_field(term)->left);
-    std::fputs(")", stream->file);
+    HOST_PutText(stream->file, ")");
     return written;
 }
 
@@ -350,9 +351,9 @@ static int32_t write_reference(TLC_STREAM *stream, TLE_TERM *term)
     }
     bool is_array = (TLI_IdentifierFlags(identifier) & TLI_DIMENSIONED) != 0;
     if (is_array || (last == term && box(stream, identifier))) {
-        std::fputs("toll_all(", stream->file);
+        HOST_PutText(stream->file, "toll_all(");
         int32_t written = write_reach(stream, term, REACH_NAME);
-        std::fputs(")", stream->file);
+        HOST_PutText(stream->file, ")");
         return written;
     }
     bool is_fixed = TLI_IdentifierClass(identifier) == TLI_CONSTANT;
@@ -496,18 +497,18 @@ static SHAPE shape_of(TLC_STREAM *stream, TLE_TERM *term, const JAVA_PLACE &plac
 
 static void open_shape(TLC_STREAM *stream, const SHAPE &shape)
 {
-    if (shape.method != nullptr) std::fputs(shape.method, stream->file);
-    if (shape.has_brackets) std::fputs("(", stream->file);
-    if (shape.is_word || shape.has_inner) std::fputs("(", stream->file);
+    if (shape.method != nullptr) HOST_PutText(stream->file, shape.method);
+    if (shape.has_brackets) HOST_PutText(stream->file, "(");
+    if (shape.is_word || shape.has_inner) HOST_PutText(stream->file, "(");
 }
 
 static void close_shape(TLC_STREAM *stream, const SHAPE &shape)
 {
-    if (shape.is_word) std::fputs(" ? 1 : 0)", stream->file);
-    if (shape.has_inner) std::fputs(")", stream->file);
-    if (shape.is_test) std::fputs("!=0", stream->file);
-    if (shape.has_brackets) std::fputs(")", stream->file);
-    if (shape.method != nullptr) std::fputs(")", stream->file);
+    if (shape.is_word) HOST_PutText(stream->file, " ? 1 : 0)");
+    if (shape.has_inner) HOST_PutText(stream->file, ")");
+    if (shape.is_test) HOST_PutText(stream->file, "!=0");
+    if (shape.has_brackets) HOST_PutText(stream->file, ")");
+    if (shape.method != nullptr) HOST_PutText(stream->file, ")");
 }
 
 /* P-code orders the addresses of objects, which have none in Java. */
@@ -544,13 +545,13 @@ static int32_t write_operand(TLC_STREAM *stream, const TLE_TERM *outer, TLE_TERM
 
 static int32_t close_method(TLC_STREAM *stream, TLE_TERM *term)
 {
-    std::fputs(",", stream->file);
+    HOST_PutText(stream->file, ",");
     int32_t written = write_operand(stream, term, term->right);
     int32_t code = term->extra & TLO_CODE_MASK;
     bool is_compared = is_comparison_of_texts(term);
     bool is_scaled = !is_compared && (code == EEP_SMUL || code == EEP_SDIV);
     if (is_scaled) std::fprintf(stream->file, ",%d", TLO_Scale(term->extra));
-    std::fputs(")", stream->file);
+    HOST_PutText(stream->file, ")");
     if (is_compared) std::fprintf(stream->file, "%s0", TLE_JavaOperatorText(term));
     return written;
 }
@@ -578,8 +579,8 @@ static int32_t close_operator(TLC_STREAM *stream, TLE_TERM *term)
     if (is_comparison_of_texts(term) || method_of(term) != nullptr) {
         return close_method(stream, term);
     }
-    std::fputs(TLE_JavaOperatorText(term), stream->file);
-    if (is_sum(term) && repeats_sign(term)) std::fputs(" ", stream->file);
+    HOST_PutText(stream->file, TLE_JavaOperatorText(term));
+    if (is_sum(term) && repeats_sign(term)) HOST_PutText(stream->file, " ");
     if (is_selection(term)) return write_reach(stream, term->right, REACH_ITEM);
     return write_operand(stream, term, term->right);
 }
@@ -676,9 +677,9 @@ static int32_t write_low_byte(TLC_STREAM *stream, TLE_TERM *term)
     int32_t level =
         is_truth(term) ? static_cast<int32_t>(TLE_LEVEL_OPERAND) : own_level(stream, term);
     bool has_brackets = TLE_NeedsBrackets(TLE_LEVEL_BIT_AND, level, false);
-    if (has_brackets) std::fputs("(", stream->file);
+    if (has_brackets) HOST_PutText(stream->file, "(");
     int32_t written = write_value(stream, term);
-    std::fputs(has_brackets ? ") & 255" : " & 255", stream->file);
+    HOST_PutText(stream->file, has_brackets ? ") & 255" : " & 255");
     return written;
 }
 
@@ -691,9 +692,9 @@ static int32_t write_char(TLC_STREAM *stream, TLE_TERM *term)
         std::fprintf(stream->file, "(char) %d", value & 255);
         return 1;
     }
-    std::fputs("(char) (", stream->file);
+    HOST_PutText(stream->file, "(char) (");
     int32_t written = write_low_byte(stream, term);
-    std::fputs(")", stream->file);
+    HOST_PutText(stream->file, ")");
     return written;
 }
 
@@ -701,9 +702,9 @@ static int32_t write_short(TLC_STREAM *stream, TLE_TERM *term)
 {
     bool is_short = term->type == TLIT_ShortType;
     if (is_short && is_narrow_text(term)) return write_value(stream, term);
-    std::fputs("(short) (", stream->file);
+    HOST_PutText(stream->file, "(short) (");
     int32_t written = write_value(stream, term);
-    std::fputs(")", stream->file);
+    HOST_PutText(stream->file, ")");
     return written;
 }
 
@@ -722,7 +723,7 @@ static int32_t write_converted(TLC_STREAM *stream, const char *method, TLE_TERM 
 {
     std::fprintf(stream->file, "%s(", method);
     int32_t written = write_value(stream, term);
-    std::fputs(")", stream->file);
+    HOST_PutText(stream->file, ")");
     return written;
 }
 
@@ -731,9 +732,9 @@ static int32_t write_carried(TLC_STREAM *stream, TLI_IDENTIFIER *wanted, TLE_TER
 {
     bool is_object = TLCJ_Kind(wanted) == TLCJ_OBJECT;
     if (!is_object) return write_converted(stream, "toll_word_of_object", term);
-    std::fputs("(", stream->file);
+    HOST_PutText(stream->file, "(");
     TLCJ_WriteType(stream, wanted);
-    std::fputs(") ", stream->file);
+    HOST_PutText(stream->file, ") ");
     return write_converted(stream, "toll_object_of_word", term);
 }
 
@@ -744,7 +745,7 @@ int32_t TLE_JavaResult(TLC_STREAM *stream, TLI_IDENTIFIER *wanted, TLE_TERM *ter
     if (term->type == nullptr) return write_value(stream, term);
     TLCJ_KIND kind = TLCJ_Kind(wanted);
     if (term->kind == TLT_TOKEN_NULL && kind == TLCJ_WORD) {
-        std::fputs("0", stream->file);
+        HOST_PutText(stream->file, "0");
         return 1;
     }
     if (kind == TLCJ_FLOAT && is_word(term->type)) {
@@ -890,11 +891,11 @@ static int32_t write_uncut(TLC_STREAM *stream, TLE_TERM *term)
 static int32_t write_stored_in_order(TLC_STREAM *stream, TLE_TERM *term)
 {
     bool is_byte = is_enumeration(term->left->type);
-    std::fputs(is_byte ? "toll_store_byte(" : "toll_store(", stream->file);
+    HOST_PutText(stream->file, is_byte ? "toll_store_byte(" : "toll_store(");
     int32_t written = write_uncut(stream, term);
-    std::fputs(", ", stream->file);
+    HOST_PutText(stream->file, ", ");
     written &= write_reference(stream, term->left);
-    std::fputs(")", stream->file);
+    HOST_PutText(stream->file, ")");
     return written;
 }
 
@@ -909,17 +910,17 @@ static const char *open_store(TLC_STREAM *stream, TLE_TERM *place, int32_t *writ
     bool is_element = TLCJ_IsVector(identifier) && last->left != nullptr;
     if (!is_element && !TLCJ_IsReference(identifier)) {
         *written = write_reach(stream, place, REACH_ITEM);
-        std::fputs("=", stream->file);
+        HOST_PutText(stream->file, "=");
         return "";
     }
     *written = write_reach(stream, place, REACH_NAME);
-    std::fputs(".set(", stream->file);
+    HOST_PutText(stream->file, ".set(");
     if (is_element) {
         *written &= write_value(stream, last->left);
     } else {
-        std::fputs("0", stream->file);
+        HOST_PutText(stream->file, "0");
     }
-    std::fputs(", ", stream->file);
+    HOST_PutText(stream->file, ", ");
     return ")";
 }
 
@@ -930,7 +931,7 @@ static int32_t write_assignment(TLC_STREAM *stream, TLE_TERM *term)
     if (needs_method_to_store(stream, term)) return write_stored_in_order(stream, term);
     const char *end = open_store(stream, term->left, &written);
     written &= write_source(stream, term);
-    std::fputs(end, stream->file);
+    HOST_PutText(stream->file, end);
     return written;
 }
 
@@ -943,7 +944,7 @@ void TLE_JavaStoreName(TLC_STREAM *stream, TLE_TERM *place, const char *name)
     if (kind == TLCJ_CHAR) form = "(char) (%s & 255)";
     if (kind == TLCJ_SHORT) form = "(short) (%s)";
     std::fprintf(stream->file, form, name);
-    std::fputs(end, stream->file);
+    HOST_PutText(stream->file, end);
 }
 
 bool TLE_IsJavaVariable(const TLE_TERM *place)
@@ -990,8 +991,8 @@ static int32_t write_extra_argument(TLC_STREAM *stream, TLE_TERM *link)
     TLCJ_KIND kind = TLCJ_Kind(actual->type);
     bool is_narrow_item =
         kind == TLCJ_CHAR && actual->kind != TLT_TOKEN_NUMBER && is_narrow_text(actual);
-    if (is_narrow_item) std::fputs("(int) ", stream->file);
-    if (actual->kind == TLT_TOKEN_NULL) std::fputs("(Object) ", stream->file);
+    if (is_narrow_item) HOST_PutText(stream->file, "(int) ");
+    if (actual->kind == TLT_TOKEN_NULL) HOST_PutText(stream->file, "(Object) ");
     return write_value(stream, actual);
 }
 
@@ -1007,9 +1008,9 @@ static int32_t write_argument(TLC_STREAM *stream, TLI_IDENTIFIER *formal, TLE_TE
     if (TLIT_IsArrayType(type)) return TLE_TermCode(stream, actual, TLE_MODE_EXTENT);
     bool is_characters = is_text(stream, type) && holds_characters(actual->type);
     if (!is_characters) return TLE_JavaValueAs(stream, type, actual);
-    std::fputs("toll_text(", stream->file);
+    HOST_PutText(stream->file, "toll_text(");
     int32_t written = TLE_TermCode(stream, actual, TLE_MODE_EXTENT);
-    std::fputs(")", stream->file);
+    HOST_PutText(stream->file, ")");
     return written;
 }
 
@@ -1024,15 +1025,15 @@ int32_t TLE_JavaCall(TLC_STREAM *stream, TLE_TERM *term, int32_t direct)
         TLE_TERM whole = *term;
         whole.left = nullptr;
         write_identifier(stream, &whole);
-        std::fputs(".call(", stream->file);
+        HOST_PutText(stream->file, ".call(");
     }
     int32_t done = 1;
     int32_t index = 0;
     for (TLE_TERM *link = term->left; link != nullptr; link = link->right, ++index) {
         done &= write_argument(stream, TLIV_GetFunctionArgument(function, index), link);
-        if (link->right != nullptr) std::fputs(",", stream->file);
+        if (link->right != nullptr) HOST_PutText(stream->file, ",");
     }
-    std::fputs(")", stream->file);
+    HOST_PutText(stream->file, ")");
     return done;
 }
 
@@ -1091,8 +1092,8 @@ int32_t TLE_JavaStatement(TLC_STREAM *stream, TLE_TERM *term)
 {
     if (term == nullptr || is_statement(term)) return write_value(stream, term);
     if (term->kind == TLE_ADDRESS) return 1; /* no type says which object it would be */
-    std::fputs("toll_drop(", stream->file);
+    HOST_PutText(stream->file, "toll_drop(");
     int32_t written = write_value(stream, term);
-    std::fputs(")", stream->file);
+    HOST_PutText(stream->file, ")");
     return written;
 }

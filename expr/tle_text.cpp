@@ -3,6 +3,7 @@
  * target's own priorities ask for.
  */
 #include "expr/tle_c.h"
+#include "host/host.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -38,7 +39,7 @@ bool TLE_IsNegativeLiteral(const TLE_TERM *term)
 static void enumeration_text(TLC_STREAM *stream, TLI_IDENTIFIER *value)
 {
     char name[TLCC_NAME_CAPACITY];
-    std::fputs(TLCC_Name(value, name), TLC_CFile(stream));
+    HOST_PutText(TLC_CFile(stream), TLCC_Name(value, name));
 }
 
 static int32_t number_text(TLC_STREAM *stream, TLE_TERM *term)
@@ -48,7 +49,7 @@ static int32_t number_text(TLC_STREAM *stream, TLE_TERM *term)
         enumeration_text(stream, value);
     } else if (term->value == INT32_MIN) {
         /* C reads the digits first, and they are no int. */
-        std::fputs("(-2147483647-1)", TLC_CFile(stream));
+        HOST_PutText(TLC_CFile(stream), "(-2147483647-1)");
     } else {
         TLC_Literal(stream, term->value);
     }
@@ -72,10 +73,10 @@ static int32_t subscript_text(TLC_STREAM *stream, TLE_TERM *term)
     if (term->left == nullptr) return 1;
     FILE *file = TLC_CFile(stream);
     int32_t bound = checked_bound(stream, term);
-    std::fputs(bound > 0 ? "[toll_index(" : "[", file);
+    HOST_PutText(file, bound > 0 ? "[toll_index(" : "[");
     int32_t done = TLE_TermCode(stream, term->left, TLE_MODE_VALUE);
     if (bound > 0) std::fprintf(file, ",%d)", bound);
-    std::fputs("]", file);
+    HOST_PutText(file, "]");
     return done;
 }
 
@@ -119,9 +120,9 @@ static int32_t identifier_text(TLC_STREAM *stream, TLE_TERM *term, int32_t mode)
     }
     FILE *file = TLC_CFile(stream);
     const char *reach = c_reach(term, mode);
-    if (reach[0] != '\0') std::fputs(reach, file);
-    std::fputs(TLCC_Name(term->identifier, name), file);
-    if (reach[0] == '(') std::fputs(")", file);
+    if (reach[0] != '\0') HOST_PutText(file, reach);
+    HOST_PutText(file, TLCC_Name(term->identifier, name));
+    if (reach[0] == '(') HOST_PutText(file, ")");
     return subscript_text(stream, term);
 }
 
@@ -141,7 +142,7 @@ static int32_t address_text(TLC_STREAM *stream, TLE_TERM *term)
         return 1;
     }
     char name[TLCC_NAME_CAPACITY];
-    std::fputs(TLCC_Name(term->identifier, name), TLC_CFile(stream));
+    HOST_PutText(TLC_CFile(stream), TLCC_Name(term->identifier, name));
     return 1;
 }
 
@@ -150,13 +151,13 @@ static int32_t built_in_text(TLC_STREAM *stream, TLE_TERM *term)
 {
     if (!TLE_IsUnorderedCall(stream, term)) return TLB_GenerateCode(stream, term);
     FILE *file = TLC_CFile(stream);
-    std::fputs("(", file);
+    HOST_PutText(file, "(");
     TLE_TERM *first = term->left;
     int32_t number = TLE_OpenTemporary(stream, first->left->type, false);
     int32_t done = TLE_TermCode(stream, first->left, TLE_MODE_VALUE);
     std::fprintf(file, ",%s(toll_%d,", TLI_IdentifierName(term->identifier), number);
     done &= TLE_TermCode(stream, first->right->left, TLE_MODE_VALUE);
-    std::fputs("))", file);
+    HOST_PutText(file, "))");
     return done;
 }
 
@@ -324,6 +325,6 @@ static bool has_address_sign(const TLE_TERM *term, int32_t mode)
 int32_t TLE_OperatorText(TLC_STREAM *stream, TLE_TERM *term, int32_t mode)
 {
     if (!is_c(stream)) return TLE_JavaOperator(stream, term, mode);
-    if (has_address_sign(term, mode)) std::fputs("&", TLC_CFile(stream));
+    if (has_address_sign(term, mode)) HOST_PutText(TLC_CFile(stream), "&");
     return TLE_COperatorText(stream, term, mode);
 }

@@ -99,6 +99,19 @@ bool HOST_IdentifyStream(FILE *stream, HOST_FILE_IDENTITY *identity);
  */
 int32_t HOST_ReadLine(FILE *stream, char *buffer, int32_t room);
 
+/** Writes a character to a stream that one thread alone uses; an error stays with the stream. */
+inline void HOST_PutChar(FILE *stream, char c)
+{
+    putc_unlocked(c, stream);
+}
+
+/** Writes a text likewise. Generated text comes in short pieces, for which calls cost most. */
+inline void HOST_PutText(FILE *stream, const char *text)
+{
+    while (*text != 0)
+        putc_unlocked(*text++, stream);
+}
+
 enum HOST_OPEN_MODE { HOST_READ, HOST_CREATE, HOST_UPDATE, HOST_APPEND };
 
 /**

@@ -80,7 +80,8 @@ TLI_DOMAIN *TLI_IdentifierDomain(const TLI_IDENTIFIER *identifier)
 
 int32_t TLI_IdentifierClass(TLI_IDENTIFIER *identifier)
 {
-    return (int32_t)(TLI_IdentifierFlags(identifier) & TLI_CLASS_MASK);
+    const uint32_t fixed = identifier->class_record->flags & TLI_CLASS_MASK;
+    return (int32_t)(fixed != 0 ? fixed : TLI_IdentifierFlags(identifier) & TLI_CLASS_MASK);
 }
 
 uint32_t TLI_IdentifierFlags(TLI_IDENTIFIER *identifier)

@@ -2,6 +2,7 @@
  * Simple statements as Java text: the head of a function, END, an expression, RETURN.
  */
 #include "stmt/tls_java.h"
+#include "host/host.h"
 
 #include <cstdio>
 
@@ -26,8 +27,8 @@ void TLS_WriteJavaIndent(TLC_STREAM *stream, int32_t indent)
     static constexpr char blanks[] = "                                ";
     static constexpr int32_t count = sizeof blanks - 1;
     for (; indent > count; indent -= count)
-        std::fputs(blanks, stream->file);
-    if (indent > 0) std::fputs(blanks + count - indent, stream->file);
+        HOST_PutText(stream->file, blanks);
+    if (indent > 0) HOST_PutText(stream->file, blanks + count - indent);
 }
 
 /* ---- Expressions in statements ---- */
@@ -37,7 +38,7 @@ void TLS_WriteJavaExpression(TLC_STREAM *stream, const TLS_BLOCK *block, TLE_TER
     stream->text.statement = expression;
     TLS_WriteJavaIndent(stream, block->indent);
     TLE_JavaStatement(stream, expression);
-    std::fputs(";\n", stream->file);
+    HOST_PutText(stream->file, ";\n");
     stream->text.statement = nullptr;
 }
 
@@ -50,9 +51,9 @@ static TLI_IDENTIFIER *result_type(const TLS_BLOCK *block)
 void TLS_WriteJavaReturn(TLC_STREAM *stream, const TLS_BLOCK *block, TLE_TERM *expression)
 {
     TLS_WriteJavaIndent(stream, block->indent);
-    std::fputs("return ", stream->file);
+    HOST_PutText(stream->file, "return ");
     if (expression != nullptr) TLE_JavaResult(stream, result_type(block), expression);
-    std::fputs(";\n", stream->file);
+    HOST_PutText(stream->file, ";\n");
     TLS_SetOpen(stream, false);
 }
 
@@ -144,7 +145,7 @@ static void write_function(TLC_STREAM *stream, const TLS_BLOCK *root)
     } else {
         write_plain(stream, root, function);
     }
-    std::fputs("}\n", stream->file);
+    HOST_PutText(stream->file, "}\n");
 }
 
 /*

@@ -2,6 +2,7 @@
  * Simple statements as C and Java text: the head of a function, END, an expression, RETURN.
  */
 #include "stmt/tls_text.h"
+#include "host/host.h"
 
 #include <cstdio>
 
@@ -31,9 +32,9 @@ void TLS_WriteCondition(TLC_STREAM *stream, TLE_TERM *condition)
 {
     /* A compiler takes a bare assignment for a comparison gone wrong. */
     bool is_doubtful = TLC_Target(stream) == TLC_TARGET_C && condition->kind == TLT_TOKEN_ASSIGN;
-    if (is_doubtful) std::fputs("(", TLC_CFile(stream));
+    if (is_doubtful) HOST_PutText(TLC_CFile(stream), "(");
     TLE_ExpressionCode(stream, condition, TLE_MODE_VALUE);
-    if (is_doubtful) std::fputs(")", TLC_CFile(stream));
+    if (is_doubtful) HOST_PutText(TLC_CFile(stream), ")");
 }
 
 void TLS_WriteExpression(TLC_STREAM *stream, const TLS_BLOCK *block, TLE_TERM *expression)
@@ -42,7 +43,7 @@ void TLS_WriteExpression(TLC_STREAM *stream, const TLS_BLOCK *block, TLE_TERM *e
     TLE_PrepareText(stream, block->indent, &expression, 1);
     TLS_WriteIndent(stream, block);
     TLE_ExpressionCode(stream, expression, TLE_MODE_VALUE);
-    std::fputs(";\n", TLC_CFile(stream));
+    HOST_PutText(TLC_CFile(stream), ";\n");
     stream->text.statement = nullptr;
 }
 
@@ -50,7 +51,7 @@ void TLS_WriteReturn(TLC_STREAM *stream, const TLS_BLOCK *block, TLE_TERM *expre
 {
     TLE_PrepareText(stream, block->indent, &expression, 1);
     TLS_WriteIndent(stream, block);
-    std::fputs("return ", TLC_CFile(stream));
+    HOST_PutText(TLC_CFile(stream), "return ");
     if (expression != nullptr && TLC_Target(stream) == TLC_TARGET_C) {
         TLI_IDENTIFIER *function = TLS_FunctionIdentifier(block->head);
         TLE_CValueAs(stream, function == nullptr ? nullptr : TLI_IdentifierType(function),
@@ -58,7 +59,7 @@ void TLS_WriteReturn(TLC_STREAM *stream, const TLS_BLOCK *block, TLE_TERM *expre
     } else if (expression != nullptr) {
         TLE_ExpressionCode(stream, expression, TLE_MODE_VALUE);
     }
-    std::fputs(";\n", TLC_CFile(stream));
+    HOST_PutText(TLC_CFile(stream), ";\n");
 }
 
 void TLS_ExpressionText(TLS_BLOCK *block, TLC_STREAM *stream, TLS_STATEMENT *record)
@@ -101,9 +102,9 @@ static void close_function(TLC_STREAM *stream, const TLS_BLOCK *root, const TLS_
     if (has_result && !is_left_before(root, end)) {
         std::fprintf(file, "%*stoll_stop();\n", head_of(root)->body->indent, "");
     } else if (stream->text.follows_label) {
-        std::fputs("  ;\n", file);
+        HOST_PutText(file, "  ;\n");
     }
-    std::fputs("}\n", file);
+    HOST_PutText(file, "}\n");
 }
 
 static void declare_function(TLC_STREAM *stream, TLI_IDENTIFIER *function)
@@ -113,7 +114,7 @@ static void declare_function(TLC_STREAM *stream, TLI_IDENTIFIER *function)
     std::fprintf(TLC_CFile(stream), "extern %s %s", TLCC_ResultName(function),
                  TLCC_Name(function, name));
     TLCC_WritePrototype(stream, function);
-    std::fputs(";\n", TLC_CFile(stream));
+    HOST_PutText(TLC_CFile(stream), ";\n");
 }
 
 static void define_function(TLC_STREAM *stream, TLS_BLOCK *root)
@@ -149,7 +150,7 @@ static void leave_function(TLC_STREAM *stream, const TLS_BLOCK *block)
     if (block == head->body) return;
     bool has_result = TLI_IdentifierType(head->function) != TLIT_VoidType;
     TLS_WriteIndent(stream, block);
-    std::fputs(has_result ? "toll_stop();\n" : "return ;\n", TLC_CFile(stream));
+    HOST_PutText(TLC_CFile(stream), has_result ? "toll_stop();\n" : "return ;\n");
 }
 
 void TLS_EndCText(TLS_BLOCK *block, TLC_STREAM *stream, TLS_STATEMENT *record)

@@ -1,6 +1,7 @@
 /*
  * IF, ELSEIF, WHEN, RAISE and END_EXCEPTION as Java text.
  */
+#include "host/host.h"
 #include "stmt/tlsc.h"
 
 #include <cstdio>
@@ -34,7 +35,7 @@ static void write_chain(TLC_STREAM *stream, const TLS_BLOCK *block, const TLSC_I
     for (const TLSC_IF *next; record != nullptr; record = next, word = "else if") {
         std::fprintf(file, "%*s%s (", block->indent, "", word);
         TLE_JavaCondition(stream, record->condition);
-        std::fputs(")\n", file);
+        HOST_PutText(file, ")\n");
         is_open |= write_block(stream, record->then_block);
         next = next_of(record);
         if (next != nullptr) continue;
@@ -63,7 +64,7 @@ static void write_number(TLC_STREAM *stream, const WHEN_TEXT &when)
     if (when.is_literal) return;
     std::fprintf(stream->file, "%*sint toll_%d = ", when.indent, "", when.name);
     TLE_ExpressionCode(stream, when.record->condition, TLE_MODE_VALUE);
-    std::fputs(";\n", stream->file);
+    HOST_PutText(stream->file, ";\n");
 }
 
 static bool write_protected(TLC_STREAM *stream, const WHEN_TEXT &when)
@@ -90,7 +91,7 @@ static bool write_handler(TLC_STREAM *stream, const WHEN_TEXT &when)
     } else {
         std::fprintf(file, "toll_%d", when.name);
     }
-    std::fputs(");\n", file);
+    HOST_PutText(file, ");\n");
     bool is_open = write_block(stream, when.record->then_block);
     std::fprintf(file, "%*s}\n", indent, "");
     return is_open;
@@ -102,7 +103,7 @@ static void write_second_number(TLC_STREAM *stream, const WHEN_TEXT &when)
     if (!TLS_IsOpen(stream) || !TLE_HasEffects(when.record->condition)) return;
     std::fprintf(stream->file, "%*stoll_drop(", when.indent, "");
     TLE_ExpressionCode(stream, when.record->condition, TLE_MODE_VALUE);
-    std::fputs(");\n", stream->file);
+    HOST_PutText(stream->file, ");\n");
 }
 
 static void write_when(TLC_STREAM *stream, const TLS_BLOCK *block, const TLSC_IF *record)
@@ -149,13 +150,13 @@ void TLSC_RaiseJavaText(TLS_BLOCK *block, TLC_STREAM *stream, TLS_STATEMENT *rec
     if (raise->has_argument && raise->argument == nullptr) return;
     std::fprintf(stream->file, "%*sthrow new Raise(", block->indent, "");
     TLE_ExpressionCode(stream, raise->value, TLE_MODE_VALUE);
-    std::fputs(", ", stream->file);
+    HOST_PutText(stream->file, ", ");
     if (raise->argument != nullptr) {
         TLE_ExpressionCode(stream, raise->argument, TLE_MODE_VALUE);
     } else {
-        std::fputs("0", stream->file);
+        HOST_PutText(stream->file, "0");
     }
-    std::fputs(");\n", stream->file);
+    HOST_PutText(stream->file, ");\n");
     TLS_SetOpen(stream, false);
 }
 

@@ -1,6 +1,7 @@
 /*
  * IF, ELSEIF, WHEN and RAISE as C text.
  */
+#include "host/host.h"
 #include "stmt/tlsc.h"
 
 #include <cstdio>
@@ -21,9 +22,9 @@ static const TLSC_IF *next_of(const TLSC_IF *record)
 
 static void write_branch(TLC_STREAM *stream, const TLSC_IF *record)
 {
-    std::fputs("if (", TLC_CFile(stream));
+    HOST_PutText(TLC_CFile(stream), "if (");
     TLS_WriteCondition(stream, record->condition);
-    std::fputs(")\n", TLC_CFile(stream));
+    HOST_PutText(TLC_CFile(stream), ")\n");
     TLS_OneBlockCCode(stream, record->then_block);
 }
 

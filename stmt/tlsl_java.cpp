@@ -1,6 +1,7 @@
 /*
  * WHILE and FOR as Java text.
  */
+#include "host/host.h"
 #include "stmt/tlsl.h"
 
 #include <cstdio>
@@ -23,13 +24,13 @@ void TLSL_WhileJavaText(TLS_BLOCK *block, TLC_STREAM *stream, TLS_STATEMENT *rec
     bool is_constant = TLE_IsJavaConstant(loop->condition);
     std::fprintf(stream->file, "%*swhile (", block->indent, "");
     if (is_constant) {
-        std::fputs("toll_truth(", stream->file);
+        HOST_PutText(stream->file, "toll_truth(");
         TLE_ExpressionCode(stream, loop->condition, TLE_MODE_VALUE);
-        std::fputs(")", stream->file);
+        HOST_PutText(stream->file, ")");
     } else {
         TLE_JavaCondition(stream, loop->condition);
     }
-    std::fputs(")\n", stream->file);
+    HOST_PutText(stream->file, ")\n");
     write_body(stream, loop->body);
 }
 
@@ -64,21 +65,21 @@ static void write_plain(TLC_STREAM *stream, const TLS_BLOCK *block, const TLSL_F
     TLCJ_NoteStore(stream, loop->variable->identifier);
     std::fprintf(file, "%*sfor (", block->indent, "");
     write_value(stream, loop->variable);
-    std::fputs(" = ", file);
+    HOST_PutText(file, " = ");
     TLE_JavaAssigned(stream, loop->variable->type, loop->start);
-    std::fputs(" ; ", file);
+    HOST_PutText(file, " ; ");
     write_value(stream, loop->variable);
-    std::fputs("<=", file);
+    HOST_PutText(file, "<=");
     write_value(stream, loop->limit);
-    std::fputs(" ; ", file);
+    HOST_PutText(file, " ; ");
     write_value(stream, loop->variable);
     if (loop->step == nullptr) {
-        std::fputs("++", file);
+        HOST_PutText(file, "++");
     } else {
-        std::fputs(" += ", file);
+        HOST_PutText(file, " += ");
         write_value(stream, loop->step);
     }
-    std::fputs(")\n", file);
+    HOST_PutText(file, ")\n");
 }
 
 /* Declares a word of the loop's own. */
@@ -89,9 +90,9 @@ static int32_t write_word(TLC_STREAM *stream, const TLS_BLOCK *block, TLE_TERM *
     if (value != nullptr) {
         write_value(stream, value);
     } else {
-        std::fputs("1", stream->file);
+        HOST_PutText(stream->file, "1");
     }
-    std::fputs(";\n", stream->file);
+    HOST_PutText(stream->file, ";\n");
     return name;
 }
 
@@ -110,7 +111,7 @@ static void write_full(TLC_STREAM *stream, const TLS_BLOCK *block, const TLSL_FO
     write_value(stream, loop->variable);
     std::fprintf(file, " + toll_%d, ", step);
     TLE_JavaStoreName(stream, loop->variable, name);
-    std::fputs(")\n", file);
+    HOST_PutText(file, ")\n");
 }
 
 /* A body that changes the variable comes up here, and the loop is then written anew. */

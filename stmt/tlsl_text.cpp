@@ -1,6 +1,7 @@
 /*
  * WHILE and FOR as C text.
  */
+#include "host/host.h"
 #include "stmt/tlsl.h"
 
 #include <cstdio>
@@ -18,9 +19,9 @@ void TLSL_WhileText(TLS_BLOCK *block, TLC_STREAM *stream, TLS_STATEMENT *record)
     if (!TLS_Generable(record, condition)) return;
     TLE_PrepareText(stream, block->indent, &condition, 1);
     TLS_WriteIndent(stream, block);
-    std::fputs("while (", TLC_CFile(stream));
+    HOST_PutText(TLC_CFile(stream), "while (");
     TLS_WriteCondition(stream, condition);
-    std::fputs(")\n", TLC_CFile(stream));
+    HOST_PutText(TLC_CFile(stream), ")\n");
     TLS_OneBlockCCode(stream, loop->body);
 }
 
@@ -46,23 +47,23 @@ static void write_plain_head(TLC_STREAM *stream, const TLS_BLOCK *block, const T
 {
     FILE *file = TLC_CFile(stream);
     TLS_WriteIndent(stream, block);
-    std::fputs("for (", file);
+    HOST_PutText(file, "for (");
     write_value(stream, loop->variable);
-    std::fputs("=", file);
+    HOST_PutText(file, "=");
     write_value(stream, loop->start);
     std::fprintf(file, ";\n%*s     ", block->indent, "");
     write_value(stream, loop->variable);
-    std::fputs("<=", file);
+    HOST_PutText(file, "<=");
     write_value(stream, loop->limit);
     std::fprintf(file, ";\n%*s     ", block->indent, "");
     write_value(stream, loop->variable);
-    std::fputs("+=", file);
+    HOST_PutText(file, "+=");
     if (loop->step != nullptr) {
         write_value(stream, loop->step);
     } else {
-        std::fputs("1", file);
+        HOST_PutText(file, "1");
     }
-    std::fputs(")\n", file);
+    HOST_PutText(file, ")\n");
 }
 
 /* Stores the loop's value in its variable. */
@@ -82,11 +83,11 @@ static void write_start(TLC_STREAM *stream, const TLSL_FOR *loop, int32_t limit)
     if (loop->step != nullptr) {
         write_value(stream, loop->step);
     } else {
-        std::fputs("1", file);
+        HOST_PutText(file, "1");
     }
     std::fprintf(file, ",toll_%d=", limit + 2);
     write_value(stream, loop->start);
-    std::fputs(",", file);
+    HOST_PutText(file, ",");
     write_store(stream, loop, limit + 2);
 }
 
@@ -102,7 +103,7 @@ static void write_full_head(TLC_STREAM *stream, const TLS_BLOCK *block, const TL
     write_value(stream, loop->variable);
     std::fprintf(file, "+toll_%d),", limit + 1);
     write_store(stream, loop, limit + 2);
-    std::fputs(")\n", file);
+    HOST_PutText(file, ")\n");
 }
 
 static void write_plain(TLS_BLOCK *block, TLC_STREAM *stream, const TLSL_FOR *loop)

@@ -2,6 +2,7 @@
  * SWITCH and trees as Java text. Java has no jumps, so a tree is a loop over the number of the node
  * that is next.
  */
+#include "host/host.h"
 #include "stmt/tlss.h"
 
 #include <cstdint>
@@ -52,7 +53,7 @@ static void open_switch(TLC_STREAM *stream, const TLS_BLOCK *block, const TLSS_S
     bool is_widened = is_too_narrow(record);
     std::fprintf(stream->file, "%*sswitch(%s", block->indent, "", is_widened ? "0 + " : "");
     bool has_brackets = is_widened && TLE_TermOperator(record->expression) != nullptr;
-    if (has_brackets) std::fputs("(", stream->file);
+    if (has_brackets) HOST_PutText(stream->file, "(");
     TLE_ExpressionCode(stream, record->expression, TLE_MODE_VALUE);
     std::fprintf(stream->file, "%s)\n%*s{\n", has_brackets ? ")" : "", block->indent, "");
 }

@@ -1,6 +1,7 @@
 /*
  * SWITCH, NODE, SUBTREE, LEAF and GOTO as C text.
  */
+#include "host/host.h"
 #include "stmt/tlss.h"
 
 #include <cstdio>
@@ -19,10 +20,10 @@ static void write_selector(TLC_STREAM *stream, const TLSS_SWITCH *record)
     const bool is_truth =
         TLE_TermOperator(expression) != nullptr && expression->type == TLIT_BoolType;
     const bool is_literal = expression->kind == TLT_TOKEN_NUMBER;
-    std::fputs("switch (", file);
-    if (is_truth || is_literal) std::fputs("toll_word(", file);
+    HOST_PutText(file, "switch (");
+    if (is_truth || is_literal) HOST_PutText(file, "toll_word(");
     TLS_WriteCondition(stream, expression);
-    std::fputs(is_truth || is_literal ? "))\n" : ")\n", file);
+    HOST_PutText(file, is_truth || is_literal ? "))\n" : ")\n");
 }
 
 static void write_value(TLC_STREAM *stream, const TLS_BLOCK *block, const TLSS_SWITCH *record,
