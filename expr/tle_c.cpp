@@ -799,14 +799,93 @@ static int32_t write_ordered(TLC_STREAM *stream, const TLE_CHAIN &chain)
     return written;
 }
 
+/* ---- Selections in order ---- */
+
+/* What the subscript of a field does; the field itself is no value yet. */
+static uint32_t scan_field(const TLC_STREAM *stream, const TLE_TERM *field)
+{
+    if (field == nullptr || field->left == nullptr) return 0;
+    const bool is_checked = (TLC_StreamFlags(stream) & TLC_FLAG_CHECKS) != 0;
+    return scan(stream, field->left) | (is_checked ? MAY_STOP : 0u);
+}
+
+/* The field that stands next on the way, which goes on to the right. */
+static TLE_TERM *next_field(const TLE_TERM *selection)
+{
+    TLE_TERM *right = selection->right;
+    return right != nullptr && is_selection(right) ? right->left : right;
+}
+
+/* Would C leave open whether a subscript comes before the way to its field, as in a[f()]:b[g()]? */
+static bool is_unordered_selection(const TLC_STREAM *stream, const TLE_TERM *term)
+{
+    if (!stream->text.is_ordered || !is_selection(term) || term->left == nullptr) return false;
+    const bool is_followed = term->kind == TLT_TOKEN_ARROW;
+    uint32_t way = is_followed ? scan(stream, term->left) : scan_place(stream, term->left);
+    for (; term != nullptr && is_selection(term); term = term->right) {
+        const uint32_t subscript = scan_field(stream, next_field(term));
+        if (collide(way, subscript)) return true;
+        way |= subscript;
+        const TLE_TERM *right = term->right;
+        if (right != nullptr && right->kind == TLT_TOKEN_ARROW) way |= READS_MEMORY;
+    }
+    return false;
+}
+
+/* Opens "toll_n=" for where a selection starts: a pointer's value, or a record's address. */
+static int32_t open_step(TLC_STREAM *stream, const TLE_TERM *selection)
+{
+    const bool is_followed = selection->kind == TLT_TOKEN_ARROW;
+    return open_temporary(stream, TLCC_TypeName(selection->left->type), is_followed ? "" : "*");
+}
+
+/* Writes the field that a selection leads to from the start in a temporary. */
+static int32_t write_step_field(TLC_STREAM *stream, const TLE_TERM *selection, int32_t number)
+{
+    if (is_checked_pointer(selection)) {
+        const char *type = TLCC_TypeName(selection->left->type);
+        std::fprintf(stream->file, "((%s) toll_pointer(toll_%d))->", type, number);
+    } else {
+        std::fprintf(stream->file, "toll_%d->", number);
+    }
+    return TLE_TermCode(stream, next_field(selection), TLE_MODE_VALUE);
+}
+
+/* Writes "(*(toll_1=&a[f()],&toll_1->b[g()]))", in which each subscript has its turn. */
+static int32_t write_selection_steps(TLC_STREAM *stream, const TLE_TERM *term)
+{
+    HOST_PutText(stream->file, "(*(");
+    int32_t number = open_step(stream, term);
+    const bool is_followed = term->kind == TLT_TOKEN_ARROW;
+    int32_t written =
+        TLE_TermCode(stream, term->left, is_followed ? TLE_MODE_VALUE : TLE_MODE_ADDRESS);
+    for (; term->right != nullptr && is_selection(term->right); term = term->right) {
+        HOST_PutText(stream->file, ",");
+        const int32_t next = open_step(stream, term->right);
+        if (term->right->kind != TLT_TOKEN_ARROW) HOST_PutText(stream->file, "&");
+        written &= write_step_field(stream, term, number);
+        number = next;
+    }
+    HOST_PutText(stream->file, ",&");
+    written &= write_step_field(stream, term, number);
+    HOST_PutText(stream->file, "))");
+    return written;
+}
+
+/* An assignment or a selection in steps at the far end is an operand, more than its sign between two texts. */
+static bool is_operand(const TLC_STREAM *stream, const TLE_TERM *end)
+{
+    return end->kind == TLT_TOKEN_ASSIGN || is_unordered_selection(stream, end);
+}
+
 /* The address of a record's field is written before the whole selection. */
 static int32_t write_chain(TLC_STREAM *stream, TLE_TERM *term, bool is_unsigned)
 {
     if (term->right == nullptr) return 0;
+    if (is_unordered_selection(stream, term)) return write_selection_steps(stream, term);
     TLE_CHAIN chain;
     TLE_OpenChain(&chain, term);
-    /* An assignment at the far end is an operand: it is more than its sign between two texts. */
-    if (chain.terms[chain.count - 1]->kind == TLT_TOKEN_ASSIGN) --chain.count;
+    if (is_operand(stream, chain.terms[chain.count - 1])) --chain.count;
     int32_t written = is_unordered_chain(stream, term) ? write_ordered(stream, chain)
                                                        : write_nested(stream, chain, is_unsigned);
     TLE_CloseChain(&chain);
