@@ -146,9 +146,12 @@ struct StatementRow {
 std::string around(const std::string &statements)
 {
     return "SYSCALL (1) INT ASK(INT N)\n"
+           "TYPEDEF RECORD ROW (INT CELLS[3])\n"
+           "TYPEDEF RECORD PAGE (ROW ROWS[3])\n"
+           "TYPEDEF -> PAGE LINK\n"
            "PRIVATE\n"
            "ENUM KIND = RED GREEN BLUE\n"
-           "VAR INT S, A[5]\n"
+           "VAR INT S, A[5]\nVAR ROW R[3]\nVAR LINK P\n"
            "FUNCTION INT G(VAR INT N)\nBEGIN\n  N = 1\n  RETURN 2\nEND\n"
            "FUNCTION VOID F(INT N, CHAR C, KIND K)\n"
            "VAR INT I\nBEGIN\n" +
@@ -253,6 +256,14 @@ TEST(CText, OrderOfEffects)
         { "  A[S] = ASK(1)\n", "  INT toll_1;\n  (toll_1=M_ASK(1),A[S]=toll_1);\n" },
         { "  I = min(ASK(1), ASK(2))\n",
           "  INT toll_1;\n  I=(toll_1=M_ASK(1),min(toll_1,M_ASK(2)));\n" },
+        // The way to a field comes before its subscript, also where it is a pointer that a call may set.
+        { "  I = R[ASK(1)]:CELLS[N]\n", "  I=R[M_ASK(1)].CELLS[N];\n" },
+        { "  R[ASK(1)]:CELLS[ASK(2)] = N\n",
+          "  ROW *toll_1;\n  (*(toll_1=&R[M_ASK(1)],&toll_1->CELLS[M_ASK(2)]))=N;\n" },
+        { "  I = P->ROWS[2]:CELLS[ASK(1)]\n",
+          "  LINK toll_1;\n  ROW *toll_2;\n"
+          "  I=(*(toll_1=P,toll_2=&((LINK) toll_pointer(toll_1))->ROWS[2],"
+          "&toll_2->CELLS[M_ASK(1)]));\n" },
         // The value of an assignment to an item of one byte.
         { "  I = C = 300\n", "  INT toll_1;\n  I=(toll_1=300,C=toll_1,toll_1);\n" },
         // An assignment at the left end of a chain.
