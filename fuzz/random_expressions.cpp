@@ -41,6 +41,8 @@ constexpr const char *places_of_parts[] = { "pump.inlet", "pump.outlet", "fan.hu
 // What stands inside of a section can be named in its own module alone.
 constexpr const char *spots[] = { "spot(0)", "spot(1)" };
 constexpr const char *contacts[] = { "contact(0)", "contact(1)" };
+constexpr const char *faces[] = { "face(0)", "face(1)" };
+constexpr const char *legs[] = { "leg(0)", "leg(1)" };
 constexpr const char *rates[] = { "50Hz", "1kHz", "7Hz" };
 
 template <size_t N> static const char *one_of(Maker *maker, const char *const (&list)[N])
@@ -94,6 +96,14 @@ static Expression literal(Maker *maker, Type type)
     case Type::POINT:
         if (maker->features.has_library) return leaf(type, one_of(maker, contacts));
         return leaf(type, maker->random.chance(50) ? "plug.A.probe" : "plug.B.tap");
+    case Type::PIN:
+        if (maker->features.has_library) return leaf(type, one_of(maker, legs));
+        return leaf(type, maker->random.chance(50) ? "plug.A" : "socket.A");
+    case Type::VIEW:
+        if (maker->features.has_library) return leaf(type, one_of(maker, faces));
+        return leaf(type, maker->random.chance(50) ? "plug.mating" : "plug.wires");
+    case Type::HELPSCREEN:
+        return leaf(type, maker->random.chance(50) ? "advice" : "warning");
     default:
         if (maker->random.chance(30)) return leaf(type, one_of(maker, negative_words), SIGN);
         return leaf(type, one_of(maker, words));
@@ -429,7 +439,8 @@ static Expression widened(Maker *maker, int depth)
 static Expression conversion(Maker *maker, Type type, int depth)
 {
     const Type from = quantities[maker->random.below(std::size(quantities))];
-    const std::string rest = std::string("(%0, ") + one_of(maker, converters) + ")";
+    const char *direction = maker->random.chance(30) ? ", BACKWARDS)" : ")";
+    const std::string rest = std::string("(%0, ") + one_of(maker, converters) + direction;
     const bool is_text = type == Type::STRING;
     Expression value =
         with(is_text ? type : Type::QUANTITY, NAME, (is_text ? "cvts" : "cvt") + rest,
@@ -507,12 +518,13 @@ static Expression comparison(Maker *maker, Type type, int depth)
 
 static Expression make_truth(Maker *maker, int depth)
 {
-    constexpr Type compared[] = { Type::INT,    Type::INT,       Type::INT,      Type::CHAR,
-                                  Type::COLOUR, Type::STRING,    Type::STRING,   Type::VOLTAGE,
-                                  Type::TIME,   Type::CURRENT,   Type::BOOL,     Type::CLOCK_TIME,
-                                  Type::FLOAT,  Type::WORD,      Type::SHORT,    Type::QUANTITY,
-                                  Type::VARLOC, Type::CONVERTER, Type::WAVEFORM, Type::COMPONENT,
-                                  Type::POINT,  Type::CONNECTOR };
+    constexpr Type compared[] = {
+        Type::INT,      Type::INT,        Type::INT,       Type::CHAR,     Type::COLOUR,
+        Type::STRING,   Type::STRING,     Type::VOLTAGE,   Type::TIME,     Type::CURRENT,
+        Type::BOOL,     Type::CLOCK_TIME, Type::FLOAT,     Type::WORD,     Type::SHORT,
+        Type::QUANTITY, Type::VARLOC,     Type::CONVERTER, Type::WAVEFORM, Type::COMPONENT,
+        Type::POINT,    Type::CONNECTOR,  Type::PIN,       Type::VIEW,     Type::HELPSCREEN
+    };
     switch (maker->random.below(10)) {
     case 0:
         return signed_value(Type::BOOL, "NOT ", make_expression(maker, Type::BOOL, depth));
@@ -726,6 +738,9 @@ Expression make_expression(Maker *maker, Type type, int depth)
     case Type::WAVEFORM:
     case Type::CONNECTOR:
     case Type::POINT:
+    case Type::PIN:
+    case Type::VIEW:
+    case Type::HELPSCREEN:
         return make_item(maker, type, depth - 1);
     default:
         return maker->random.chance(25) ? variable_value(maker, type, depth)

@@ -3,6 +3,8 @@
 
 #include "random_program.h"
 
+#include <iterator>
+
 namespace random_program
 {
 
@@ -27,12 +29,12 @@ enum Level {
 constexpr Type quantities[] = { Type::VOLTAGE, Type::CURRENT,   Type::RESISTANCE,
                                 Type::TIME,    Type::FREQUENCY, Type::CLOCK_TIME };
 
-constexpr const char *type_names[] = { "INT",       "BOOL",      "CHAR",       "COLOUR",
-                                       "STRING",    "VOLTAGE",   "CURRENT",    "RESISTANCE",
-                                       "TIME",      "FREQUENCY", "CLOCK_TIME", "FLOAT",
-                                       "SHORT",     "WORD",      "QUANTITY",   "CONVERTER",
-                                       "COMPONENT", "VARLOC",    "WAVEFORM",   "CONNECTOR",
-                                       "POINT",     "VOID" };
+constexpr const char *type_names[] = {
+    "INT",        "BOOL",      "CHAR",       "COLOUR",     "STRING",   "VOLTAGE",   "CURRENT",
+    "RESISTANCE", "TIME",      "FREQUENCY",  "CLOCK_TIME", "FLOAT",    "SHORT",     "WORD",
+    "QUANTITY",   "CONVERTER", "COMPONENT",  "VARLOC",     "WAVEFORM", "CONNECTOR", "POINT",
+    "PIN",        "VIEW",      "HELPSCREEN", "VOID"
+};
 
 inline const char *name_of(Type type)
 {
@@ -47,7 +49,7 @@ inline bool is_quantity(Type type)
 // Items of data sections: they can be named, kept, passed on and told apart.
 inline bool is_item(Type type)
 {
-    return type >= Type::CONVERTER && type <= Type::POINT;
+    return type >= Type::CONVERTER && type <= Type::HELPSCREEN;
 }
 
 enum class Mode { VALUE, REFERENCE, ARRAY, PART, OPERATION };

@@ -55,6 +55,9 @@ constexpr Declaration locals[] = {
     { "o", Type::WAVEFORM, Shape::SCALAR, "WAVEFORM o" },
     { "z", Type::POINT, Shape::SCALAR, "POINT z" },
     { "y", Type::CONNECTOR, Shape::SCALAR, "CONNECTOR y" },
+    { "leg_end", Type::PIN, Shape::SCALAR, "PIN leg_end" },
+    { "side", Type::VIEW, Shape::SCALAR, "VIEW side" },
+    { "page", Type::HELPSCREEN, Shape::SCALAR, "HELPSCREEN page" },
     { "scales", Type::CONVERTER, Shape::ARRAY, "CONVERTER scales[4]" },
     { "list", Type::INT, Shape::ARRAY, "INT list[4]" },
     { "bytes", Type::CHAR, Shape::ARRAY, "CHAR bytes[4]" },
@@ -127,10 +130,11 @@ void begin_body(Maker *maker, Function *function)
     if (function->locals.count("op") != 0) function->body.push_back(line("op = plus", {}, true));
 }
 
-constexpr Type passed[] = { Type::POINT,   Type::CONVERTER, Type::VARLOC, Type::COMPONENT,
-                            Type::INT,     Type::INT,       Type::CHAR,   Type::BOOL,
-                            Type::COLOUR,  Type::STRING,    Type::TIME,   Type::FLOAT,
-                            Type::VOLTAGE, Type::WORD,      Type::SHORT,  Type::QUANTITY };
+constexpr Type passed[] = { Type::PIN,       Type::VIEW,   Type::HELPSCREEN, Type::POINT,
+                            Type::CONVERTER, Type::VARLOC, Type::COMPONENT,  Type::INT,
+                            Type::INT,       Type::CHAR,   Type::BOOL,       Type::COLOUR,
+                            Type::STRING,    Type::TIME,   Type::FLOAT,      Type::VOLTAGE,
+                            Type::WORD,      Type::SHORT,  Type::QUANTITY };
 
 Parameter make_parameter(Maker *maker)
 {
@@ -187,11 +191,12 @@ Function begin_function(Maker *maker, const std::string &name, Type result, cons
     return function;
 }
 
-constexpr Type results[] = { Type::CONVERTER, Type::VARLOC,  Type::WAVEFORM, Type::INT,
-                             Type::INT,       Type::BOOL,    Type::COLOUR,   Type::STRING,
-                             Type::VOLTAGE,   Type::TIME,    Type::CURRENT,  Type::CHAR,
-                             Type::FLOAT,     Type::NOTHING, Type::NOTHING,  Type::SHORT,
-                             Type::WORD,      Type::QUANTITY };
+constexpr Type results[] = { Type::PIN,     Type::VIEW,     Type::HELPSCREEN, Type::CONVERTER,
+                             Type::VARLOC,  Type::WAVEFORM, Type::INT,        Type::INT,
+                             Type::BOOL,    Type::COLOUR,   Type::STRING,     Type::VOLTAGE,
+                             Type::TIME,    Type::CURRENT,  Type::CHAR,       Type::FLOAT,
+                             Type::NOTHING, Type::NOTHING,  Type::SHORT,      Type::WORD,
+                             Type::QUANTITY };
 
 Known make_known(Maker *maker)
 {

@@ -32,6 +32,9 @@ enum class Type : uint8_t {
     WAVEFORM,
     CONNECTOR,
     POINT,
+    PIN,
+    VIEW,
+    HELPSCREEN,
     NOTHING
 };
 

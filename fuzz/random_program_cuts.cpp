@@ -1,6 +1,8 @@
 // Makes random programs smaller.
 #include "random_program.h"
 
+#include <iterator>
+
 namespace random_program
 {
 
@@ -45,7 +47,11 @@ constexpr const char *plain_values[] = { "0",
                                          "pulses",
                                          "plug",
                                          "contact(0)",
+                                         "leg(0)",
+                                         "face(0)",
+                                         "advice",
                                          "" };
+static_assert(std::size(plain_values) == static_cast<size_t>(Type::NOTHING) + 1);
 
 const char *plain_value(Type type)
 {

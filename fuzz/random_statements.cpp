@@ -19,13 +19,14 @@ static std::vector<Statement> make_inner_block(Maker *maker)
     return block;
 }
 
-constexpr Type assigned[] = { Type::INT,        Type::INT,       Type::INT,        Type::CHAR,
-                              Type::BOOL,       Type::COLOUR,    Type::STRING,     Type::VOLTAGE,
-                              Type::CURRENT,    Type::TIME,      Type::CLOCK_TIME, Type::FLOAT,
-                              Type::RESISTANCE, Type::FREQUENCY, Type::CHAR,       Type::SHORT,
-                              Type::WORD,       Type::WORD,      Type::QUANTITY,   Type::CONVERTER,
-                              Type::VARLOC,     Type::COMPONENT, Type::WAVEFORM,   Type::POINT,
-                              Type::CONNECTOR };
+constexpr Type assigned[] = {
+    Type::INT,        Type::INT,       Type::INT,        Type::CHAR,      Type::BOOL,
+    Type::COLOUR,     Type::STRING,    Type::VOLTAGE,    Type::CURRENT,   Type::TIME,
+    Type::CLOCK_TIME, Type::FLOAT,     Type::RESISTANCE, Type::FREQUENCY, Type::CHAR,
+    Type::SHORT,      Type::WORD,      Type::WORD,       Type::QUANTITY,  Type::CONVERTER,
+    Type::VARLOC,     Type::COMPONENT, Type::WAVEFORM,   Type::POINT,     Type::CONNECTOR,
+    Type::PIN,        Type::VIEW,      Type::HELPSCREEN
+};
 
 // Assignments turn milliseconds and microseconds into one another, arguments do not.
 static Expression stored_value(Maker *maker, Type type)

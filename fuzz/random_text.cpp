@@ -121,8 +121,9 @@ SYSCALL (40) INT ask(INT which)
 )";
 
 // Only with programs that name what they describe.
-constexpr const char *data_names[] = { "scale", "steps", "pump",   "fan",  "pulses",
-                                       "ramp",  "plug",  "socket", "spot", "contact" };
+constexpr const char *data_names[] = { "scale", "steps", "pump",   "fan",    "pulses",
+                                       "ramp",  "plug",  "socket", "spot",   "contact",
+                                       "leg",   "face",  "advice", "warning" };
 
 constexpr char data_head[] = R"(DATA CONVERTER scale
 DATA CONVERTER steps
@@ -132,8 +133,12 @@ DATA WAVEFORM pulses
 DATA WAVEFORM ramp
 DATA CONNECTOR plug
 DATA CONNECTOR socket
+DATA HELPSCREEN advice
+DATA HELPSCREEN warning
 FUNCTION VARLOC spot(INT which)
          POINT contact(INT which)
+         PIN leg(INT which)
+         VIEW face(INT which)
 )";
 
 constexpr char data_sections[] = R"(DATA CONVERTER scale
@@ -173,6 +178,9 @@ BEGIN
     VIEW mating
         Name = {MATING_SIDE}, Shell = {TWO_PINS}, Component = pump
         Flags = Front
+    VIEW wires
+        Name = {WIRE_SIDE}, Shell = {TWO_PINS_BACK}, Component = fan, Helpscreen = advice
+        Flags = Removable, Back
     PIN A
         Name = "A", SignalName = "SUPPLY"
         POINT probe Location = {PIN_A}, View = mating, Sex = FEMALE
@@ -186,6 +194,17 @@ BEGIN
     PIN A
         Name = "A"
 END
+DATA HELPSCREEN advice
+BEGIN
+    Title = {ADVICE}
+    "Pull the plug", Help = warning
+    PICTURE {PLUG_PULLED}
+END
+DATA HELPSCREEN warning
+BEGIN
+    Type = Popup
+    {IGNITION_OFF}
+END
 FUNCTION VARLOC spot(INT which)
 BEGIN
     IF which == 0
@@ -197,6 +216,18 @@ BEGIN
     IF which == 0
         RETURN plug.A.probe
     RETURN plug.B.tap
+END
+FUNCTION PIN leg(INT which)
+BEGIN
+    IF which == 0
+        RETURN plug.A
+    RETURN socket.A
+END
+FUNCTION VIEW face(INT which)
+BEGIN
+    IF which == 0
+        RETURN plug.mating
+    RETURN plug.wires
 END
 )";
 
