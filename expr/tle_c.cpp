@@ -359,6 +359,12 @@ static const char *word_name(TLI_IDENTIFIER *type)
     return is_small ? "INT" : TLCC_TypeName(type);
 }
 
+/* The type of a temporary for a value: that which its text has in C. */
+static const char *held_name(const TLE_TERM *term)
+{
+    return TLB_IsWordInC(term) ? "INT" : word_name(term->type);
+}
+
 /* Opens "toll_n=", behind which the value is written. */
 static int32_t open_temporary(TLC_STREAM *stream, const char *type, const char *star)
 {
@@ -780,7 +786,7 @@ static int32_t write_ordered(TLC_STREAM *stream, const TLE_CHAIN &chain)
         ++last;
     if (chain.terms[last]->left == nullptr) --last;
     TLE_TERM *first = chain.terms[last]->left;
-    const char *type = word_name(first->type);
+    const char *type = held_name(first);
     HOST_PutText(stream->file, "(");
     int32_t number = open_temporary(stream, type, "");
     int32_t written = write_bracketed(stream, first, FREE_PLACE);
