@@ -9,6 +9,8 @@
 #include <fstream>
 #include <memory>
 #include <sstream>
+#include <utility>
+#include <vector>
 
 #include "codegen/tlcc.h"
 #include "whole_module.h"
@@ -295,38 +297,63 @@ uint32_t state_count(evaluator::Program *program, uint32_t converter)
     return static_cast<uint32_t>(number_at(program, converter + counts_at, 2));
 }
 
-// On the line between two points of the map, or level beyond its ends.
-int32_t map_value(evaluator::Program *program, uint32_t points, uint32_t count, int32_t value)
+struct Map {
+    std::vector<int32_t> from, to;
+};
+
+Map map_of(evaluator::Program *program, uint32_t converter, bool is_backwards)
 {
-    const auto input = [&](uint32_t i) { return number_at(program, points + i * point_size, 4); };
-    const auto output = [&](uint32_t i) {
-        return number_at(program, points + i * point_size + 4, 4);
-    };
-    if (value <= input(0)) return output(0);
-    for (uint32_t i = 1; i < count; ++i) {
-        if (value > input(i)) continue;
-        const int64_t rise = static_cast<int64_t>(output(i)) - output(i - 1);
-        const int64_t run = static_cast<int64_t>(input(i)) - input(i - 1);
-        const int64_t way = static_cast<int64_t>(value) - input(i - 1);
-        return static_cast<int32_t>(output(i - 1) + rise * way / run);
+    Map map;
+    const auto count = static_cast<uint32_t>(number_at(program, converter + counts_at + 2, 2));
+    uint32_t point = converter + states_at + state_count(program, converter) * state_size;
+    for (uint32_t i = 0; i < count; ++i, point += point_size) {
+        map.from.push_back(number_at(program, point, 4));
+        map.to.push_back(number_at(program, point + 4, 4));
     }
-    return output(count - 1);
+    if (is_backwards) std::swap(map.from, map.to);
+    return map;
 }
 
-int32_t converted(evaluator::Program *program, uint32_t converter, int32_t value)
+// On the line between two points of the map, or level beyond its ends. Backwards it may fall.
+int32_t map_value(const Map &map, int32_t value)
 {
-    for (; converter != 0; converter = referred(program, converter + next_at)) {
-        const auto points = static_cast<uint32_t>(number_at(program, converter + counts_at + 2, 2));
-        const uint32_t map = converter + states_at + state_count(program, converter) * state_size;
-        const int64_t divisor = number_at(program, converter + divisor_at, 4);
-        if (points != 0) {
-            value = map_value(program, map, points, value);
-        } else if (divisor != 0) {
-            const int64_t factor = number_at(program, converter + multiplier_at, 4);
-            const int32_t offset = number_at(program, converter + offset_at, 4);
-            value = static_cast<int32_t>(value * factor / divisor + offset);
-        }
+    const size_t last = map.from.size() - 1;
+    const bool is_falling = map.from[last] < map.from[0];
+    const auto is_before = [&](size_t i) {
+        return is_falling ? value >= map.from[i] : value <= map.from[i];
+    };
+    if (is_before(0)) return map.to[0];
+    for (size_t i = 1; i <= last; ++i) {
+        if (!is_before(i)) continue;
+        const int64_t rise = static_cast<int64_t>(map.to[i]) - map.to[i - 1];
+        const int64_t run = static_cast<int64_t>(map.from[i]) - map.from[i - 1];
+        const int64_t way = static_cast<int64_t>(value) - map.from[i - 1];
+        return static_cast<int32_t>(map.to[i - 1] + rise * way / run);
     }
+    return map.to[last];
+}
+
+int32_t converted_once(evaluator::Program *program, uint32_t converter, int32_t value,
+                       bool is_backwards)
+{
+    const Map map = map_of(program, converter, is_backwards);
+    if (!map.from.empty()) return map_value(map, value);
+    const int64_t divisor = number_at(program, converter + divisor_at, 4);
+    const int64_t factor = number_at(program, converter + multiplier_at, 4);
+    const int64_t offset = number_at(program, converter + offset_at, 4);
+    if (is_backwards)
+        return factor == 0 ? value : static_cast<int32_t>((value - offset) * divisor / factor);
+    return divisor == 0 ? value : static_cast<int32_t>(value * factor / divisor + offset);
+}
+
+int32_t converted(evaluator::Program *program, uint32_t converter, int32_t value, bool is_backwards)
+{
+    std::vector<uint32_t> chain;
+    for (; converter != 0; converter = referred(program, converter + next_at))
+        chain.push_back(converter);
+    if (is_backwards) std::reverse(chain.begin(), chain.end());
+    for (const uint32_t link : chain)
+        value = converted_once(program, link, value, is_backwards);
     return value;
 }
 
@@ -345,9 +372,11 @@ uint32_t text_of_state(evaluator::Program *program, uint32_t converter, int32_t 
 
 uint32_t convert(evaluator::Program *program, const evaluator::Words &words)
 {
-    constexpr uint32_t as_text = 16;
-    const int32_t value = converted(program, words[1], static_cast<int32_t>(words[0]));
-    const bool wants_text = words.size() > 2 && (words[2] & as_text) != 0;
+    constexpr uint32_t backwards = 1, as_text = 16;
+    const uint32_t operand = words.size() > 2 ? words[2] : 0;
+    const int32_t value =
+        converted(program, words[1], static_cast<int32_t>(words[0]), (operand & backwards) != 0);
+    const bool wants_text = (operand & as_text) != 0;
     return wants_text ? text_of_state(program, words[1], value) : static_cast<uint32_t>(value);
 }
 
