@@ -74,17 +74,22 @@ static bool ends_line(const char *piece, int32_t length)
     return length > 0 && (piece[length - 1] == '\n' || piece[length - 1] == '\r');
 }
 
-/** Leaves the rest of a line unread. */
-static void skip_line(FILE *stream)
+/** Leaves the rest of a line unread; false if Ctrl-C ended that, as it may where no line ever ends. */
+static bool skip_line(FILE *stream)
 {
     char piece[CLI_ANSWER_SIZE];
     int32_t length;
+    SM_ClearAbort();
     do {
         length = F_GetString(stream, piece, sizeof piece);
-    } while (length > 0 && !ends_line(piece, length));
+    } while (length > 0 && !ends_line(piece, length) && SM_Aborted() == 0);
+    return SM_Aborted() == 0;
 }
 
-/** Reads a line without its end; gives its length, size if it was cut, -1 at the end of the file. */
+/**
+ * Reads a line without its end; gives its length, size if it was cut, -1 at the end of the file or of
+ * the user's patience.
+ */
 static int32_t read_text_line(FILE *stream, char *line, int32_t size)
 {
     char piece[CLI_ANSWER_SIZE + 1];
@@ -95,8 +100,9 @@ static int32_t read_text_line(FILE *stream, char *line, int32_t size)
     for (int32_t i = 0; i < length; i++)
         if (piece[i] == 0) piece[i] = substitute;
     ST_CopySpan(line, size, piece, static_cast<size_t>(length));
-    if (!is_whole && length == size) skip_line(stream);
-    return length;
+    if (is_whole || length < size || skip_line(stream)) return length;
+    failed_commands++; // whatever it was to be
+    return -1;
 }
 
 int32_t CLI_ReadTyped(const char *prompt, char *line, int32_t size)

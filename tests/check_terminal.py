@@ -56,6 +56,15 @@ def check_interrupt(child):
     type_line(child, "\x1b[A", "convert 2V", "2V")
 
 
+def check_endless_line(child):
+    child.send("@/dev/zero\r")
+    child.expect_exact("<< Reading commands")
+    time.sleep(0.5)  # any time after the start will do
+    child.send("\x03")
+    child.expect_exact("ostrum> ")
+    type_line(child, "convert 3V", "3V")
+
+
 def check_end(child, status):
     child.send("\x04")
     child.expect(pexpect.EOF)
@@ -84,6 +93,7 @@ def main():
         child = start()
         check_editing(child)
         check_interrupt(child)
+        check_endless_line(child)
         check_end(child, 1)  # a tree was not found
         check_end(start(), 0)
         check_lost_terminal()
