@@ -43,6 +43,8 @@ try 1 'Failed to USE' 'set directory "used"' 'compile no_start.tl'
 try 0 '^INCLUDE +../deep$' 'set directory used' 'set include "../deep"' 'compile no_start.tl' 'set show'
 mv deep/hardware.tl .
 try 0 'OUTPUTS' 'set define TUNED,WORKSHOP' 'compile variant_setup.tl' 'search *.outputs'
+printf 'MODULE variant\nPRIVATE\n#IFDEF TUNED\nTREE INT walk()\nBEGIN\n    LEAF only 7\nEND\n#ENDIF\n' >variant.tl
+try 0 '^  LEAF only  7' 'set define TUNED' 'set source variant.tl' 'show tree walk'
 
 # What was compiled before plays no part: the same source again, one with errors between.
 printf 'MODULE broken\nFUNCTION f\n  x := 1\n' >broken.tl

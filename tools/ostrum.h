@@ -19,6 +19,11 @@ extern OSTRUM_SETTINGS ostrum_settings;
 /** Tells what is wrong with a command, which counts as failed from then on. */
 void ostrum_complain(const std::string &problem);
 
+struct TOLL_OPTIONS;
+
+/** Adds what SET said to the options of a compilation; false if the names for #IFDEF cannot be used. */
+bool ostrum_add_settings(TOLL_OPTIONS *options);
+
 /** Paths that a command takes, in bytes with the terminator: what the library takes at most. */
 constexpr int32_t ostrum_path_size = 120;
 

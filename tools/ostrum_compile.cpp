@@ -58,23 +58,10 @@ int32_t add_source(void *options, const char *source)
     return 1;
 }
 
-/** What SET said, for every compilation. */
-bool add_settings(TOLL_OPTIONS *options)
-{
-    options->include_paths = ostrum_words(ostrum_settings.include, ';');
-    for (const std::string &name : ostrum_words(ostrum_settings.define, ',')) {
-        for (const TOLL_OPTION &option : option_rows()) {
-            if (std::string{ "define" } == option.name && !option.set(options, name.c_str()))
-                return false;
-        }
-    }
-    return true;
-}
-
 void compile(intptr_t)
 {
     TOLL_OPTIONS options;
-    bool is_sound = add_settings(&options);
+    bool is_sound = ostrum_add_settings(&options);
     CLI_AllListParameterValues(add_source, &options);
     is_sound = is_sound && read_qualifiers(&options);
     const char *conflict = find_conflict(options);
@@ -92,6 +79,18 @@ void compile(intptr_t)
 }
 
 } // namespace
+
+bool ostrum_add_settings(TOLL_OPTIONS *options)
+{
+    options->include_paths = ostrum_words(ostrum_settings.include, ';');
+    for (const std::string &name : ostrum_words(ostrum_settings.define, ',')) {
+        for (const TOLL_OPTION &option : option_rows()) {
+            if (std::string{ "define" } == option.name && !option.set(options, name.c_str()))
+                return false;
+        }
+    }
+    return true;
+}
 
 CLI_NODE *ostrum_add_compile(CLI_NODE *root)
 {

@@ -79,7 +79,10 @@ void show_tree(intptr_t)
         return;
     }
     TOLL_OPTIONS options;
-    options.include_paths = ostrum_words(ostrum_settings.include, ';');
+    if (!ostrum_add_settings(&options)) {
+        ostrum_complain(options.problem);
+        return;
+    }
     options.sources = { ostrum_settings.source };
     options.check_only = true;
     options.draw_trees = true;
